@@ -1,0 +1,18 @@
+# Helpers shared by the layer, test and benchmark folders.
+
+# spindeck_test(<name> SOURCES <files...> LIBRARIES <targets...>)
+# One GoogleTest program per layer, each test run as its own CTest case. The shared main
+# fails any test that leaves a platform object alive.
+function(spindeck_test name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;LIBRARIES" ${ARGN})
+  add_executable(${name} ${ARG_SOURCES})
+  target_link_libraries(${name} PRIVATE testsupport ${ARG_LIBRARIES})
+  gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 120)
+endfunction()
+
+# spindeck_benchmark(<name> SOURCES <files...> LIBRARIES <targets...>)
+function(spindeck_benchmark name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;LIBRARIES" ${ARGN})
+  add_executable(${name} ${ARG_SOURCES})
+  target_link_libraries(${name} PRIVATE benchmark::benchmark ${ARG_LIBRARIES})
+endfunction()
