@@ -40,6 +40,9 @@ const char* ClassName(CFTypeID inTypeID);
 
 class Object {
 public:
+    // Static objects (constants built at load time) ignore retain and release.
+    enum class Lifetime { Counted, Static };
+
     Object(const Object&) = delete;
     Object& operator=(const Object&) = delete;
 
@@ -55,8 +58,6 @@ public:
     virtual std::string Describe() const;
 
 protected:
-    enum class Lifetime { Counted, Static };
-
     constexpr explicit Object(CFTypeID inTypeID, Lifetime inLifetime = Lifetime::Counted)
         : mStatic(inLifetime == Lifetime::Static), mTypeID(inTypeID)
     {
