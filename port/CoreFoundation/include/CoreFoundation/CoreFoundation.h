@@ -9,3 +9,4 @@
 #include <CoreFoundation/CFNumber.h>
 #include <CoreFoundation/CFData.h>
 #include <CoreFoundation/CFUUID.h>
+#include <CoreFoundation/CFURL.h>
