@@ -1,0 +1,174 @@
+#include "ExpectThrows.h"
+
+#include <Groundwork/SysWrappers/CoreFoundation/SetObject.h>
+#include <Groundwork/SysWrappers/CoreFoundation/SysCFArray.h>
+#include <Groundwork/SysWrappers/CoreFoundation/SysCFDictionary.h>
+
+#include <CoreFoundation/CoreFoundation.h>
+
+#include <cstdint>
+#include <cstdlib>
+
+namespace {
+
+using Gx::kIndexToEnd;
+using StringArray = Gx::CFArray<CFStringRef>;
+
+class UUIDObject : public Gx::CFObject<CFUUIDRef> {
+public:
+    UUIDObject(CFUUIDRef inRef, bool inRetain) : CFObject(inRef, inRetain) {}
+};
+
+CFArrayRef MakeArray(std::initializer_list<CFStringRef> inValues, CFAllocatorRef inAllocator = nullptr)
+{
+    const void** values = reinterpret_cast<const void**>(const_cast<CFStringRef*>(inValues.begin()));
+    return CFArrayCreate(inAllocator, values, CFIndex(inValues.size()), &kCFTypeArrayCallBacks);
+}
+
+TEST(SysCFObject, RetainAdoptAttachAndDetach)
+{
+    CFUUIDRef uuid = CFUUIDCreate(nullptr);
+    {
+        UUIDObject retained(uuid, true);
+        retained.AttachRef(uuid, true);   // already held: nothing changes
+        retained.AttachRef(uuid, false);
+        EXPECT_EQ(retained.GetRetainCount(), 2);
+        {
+            UUIDObject adopted(static_cast<CFUUIDRef>(CFRetain(uuid)), false);
+            UUIDObject copy(adopted);
+            copy = retained;   // the same object: no second retain
+            EXPECT_EQ(CFGetRetainCount(uuid), 4);
+        }
+        EXPECT_EQ(retained.DetachRef(), uuid);
+        EXPECT_EQ(CFGetRetainCount(uuid), 2);
+        retained.AttachRef(uuid, false);
+        retained.FreeRef();
+        EXPECT_EQ(CFGetRetainCount(uuid), 1);
+        ExpectThrows([&] { retained.GetRetainCount(); }, FourCC("cfnr"));
+    }
+    CFRelease(uuid);
+
+    // As the only holder: re-attaching must not release (and so destroy) the object first.
+    UUIDObject sole(CFUUIDCreate(nullptr), false);
+    sole.AttachRef(sole.GetRefValue(), true);
+    EXPECT_EQ(sole.GetRetainCount(), 1);
+}
+
+TEST(SysCFObject, ImmutableOrSharedObjectsAreCopiedOnFirstWrite)
+{
+    CFArrayRef source = MakeArray({CFSTR("a")});
+    StringArray array(source, true);
+    array.AppendValue(CFSTR("b"));
+    EXPECT_FALSE(array.HasSameRef(source));
+    EXPECT_EQ(CFArrayGetCount(source), 1);
+    EXPECT_EQ(CFGetRetainCount(source), 1);
+    CFRelease(source);
+
+    CFArrayRef privateCopy = array.GetRefValue();
+    StringArray copy(array);
+    EXPECT_EQ(array.GetRetainCount(), 2);
+    copy.AppendValue(CFSTR("c"));
+    EXPECT_EQ(array.GetCount(), 2);
+    EXPECT_EQ(array.GetRetainCount(), 1);
+    array.AppendValue(CFSTR("d"));
+    EXPECT_TRUE(array.HasSameRef(privateCopy)) << "a private mutable array is changed in place";
+
+    // Adopted and held by nobody else, an object received as immutable is still copied.
+    CFMutableArrayRef mutableSource = CFArrayCreateMutable(nullptr, 0, &kCFTypeArrayCallBacks);
+    auto sourceAddress = reinterpret_cast<std::uintptr_t>(mutableSource);
+    array = StringArray(static_cast<CFArrayRef>(mutableSource), false);
+    array.AppendValue(CFSTR("x"));
+    EXPECT_NE(reinterpret_cast<std::uintptr_t>(array.GetRefValue()), sourceAddress);
+
+    Gx::CFDictionary<CFStringRef, CFStringRef> first(0);
+    first.AddValue(CFSTR("k"), CFSTR("v"));
+    Gx::CFDictionary<CFStringRef, CFStringRef> second(first);
+    second.SetValue(CFSTR("k"), CFSTR("w"));
+    EXPECT_EQ(first.GetValue(CFSTR("k")), CFSTR("v"));
+    EXPECT_EQ(second[CFSTR("k")], CFSTR("w"));
+    EXPECT_EQ(first.GetValue(CFSTR("absent")), nullptr);
+}
+
+TEST(SysCFObject, MutableObjectIsCopiedWhenRetainedAndKeptWhenAdopted)
+{
+    CFMutableArrayRef theirs = CFArrayCreateMutable(nullptr, 0, &kCFTypeArrayCallBacks);
+    {
+        StringArray array(theirs, true);
+        EXPECT_FALSE(array.HasSameRef(theirs));
+        EXPECT_EQ(CFGetRetainCount(theirs), 1);
+        array.AttachMutableRef(static_cast<CFMutableArrayRef>(const_cast<void*>(CFRetain(theirs))), false);
+        array.AppendValue(CFSTR("b"));   // adopted, but we still hold it too
+        EXPECT_EQ(CFArrayGetCount(theirs), 0);
+    }
+    StringArray adopted(theirs, false);
+    adopted.AppendValue(CFSTR("c"));
+    CFMutableArrayRef detached = adopted.DetachMutableRef();
+    EXPECT_EQ(detached, theirs);
+    EXPECT_EQ(CFArrayGetCount(detached), 1);
+    CFRelease(detached);
+}
+
+TEST(SysCFObject, FailuresThrowTheirIdentifiers)
+{
+    StringArray empty;
+    ExpectThrows([&] { empty.GetCount(); }, FourCC("cfnr"));
+    ExpectThrows([&] { empty.AppendValue(CFSTR("a")); }, FourCC("cfnr"));
+    ExpectThrows<Gx::RuntimeError>([] { StringArray(0, &kCFTypeArrayCallBacks, kCFAllocatorNull); }, FourCC("cfcr"));
+    ExpectThrows<Gx::RuntimeError>([] { Gx::CFDictionary<CFStringRef, const void*>(
+                                            0, &kCFTypeDictionaryKeyCallBacks, &kCFTypeDictionaryValueCallBacks,
+                                            kCFAllocatorNull); },
+                                   FourCC("cfcr"));
+
+    // The copy on write uses the source's allocator; when that refuses, nothing changes.
+    static bool sRefuse = false;
+    CFAllocatorContext context{0, nullptr, nullptr, nullptr, nullptr,
+                               [](CFIndex inSize, CFOptionFlags, void*) { return sRefuse ? nullptr : std::malloc(size_t(inSize)); },
+                               nullptr, [](void* inPtr, void*) { std::free(inPtr); }, nullptr};
+    CFAllocatorRef allocator = CFAllocatorCreate(nullptr, &context);
+    CFArrayRef source = MakeArray({CFSTR("a")}, allocator);
+    {
+        StringArray array(source, true);
+        sRefuse = true;
+        ExpectThrows<Gx::RuntimeError>([&] { array.AppendValue(CFSTR("b")); }, FourCC("cfcr"));
+        sRefuse = false;
+        EXPECT_TRUE(array.HasSameRef(source));
+        EXPECT_EQ(CFGetRetainCount(source), 2);
+    }
+    CFRelease(source);
+    CFRelease(allocator);
+    // The runtime returns a dead object's memory, and with it its allocator, only after
+    // later objects have died; let enough die that the allocator goes too.
+    for (int i = 0; i < 256; ++i)
+        CFRelease(CFArrayCreate(nullptr, nullptr, 0, &kCFTypeArrayCallBacks));
+}
+
+TEST(SysCFObject, ContainersFollowTheIndexRules)
+{
+    CFArrayRef source = MakeArray({CFSTR("a"), CFSTR("b"), CFSTR("c")});
+    StringArray array(source, false);
+    EXPECT_EQ(array.GetValueAt(kIndexToEnd), CFSTR("c"));
+    ExpectThrows<Gx::LogicError>([&] { array.GetValueAt(3); }, FourCC("logc"));
+    ExpectThrows<Gx::LogicError>([&] { array.RemoveValueAt(3); }, FourCC("logc"));
+    EXPECT_TRUE(array.HasSameRef(source)) << "a rejected change must not copy";
+
+    array.InsertValueAt(kIndexToEnd, CFSTR("d"));
+    array.ExchangeValuesAt(0, kIndexToEnd);
+    EXPECT_EQ(array[0], CFSTR("d"));
+    EXPECT_EQ(array.GetFirstIndexOf(CFSTR("a")), 3);
+    ExpectThrows<Gx::LogicError>([&] { array.ContainsValue(CFSTR("a"), CFRangeMake(1, kIndexToEnd)); }, FourCC("logc"));
+
+    StringArray none(0);
+    EXPECT_FALSE(none.ContainsValue(CFSTR("a")));
+    ExpectThrows<Gx::LogicError>([&] { none.GetValueAt(kIndexToEnd); }, FourCC("logc"));
+
+    SetObject<CFStringRef> names;
+    ExpectThrows([&] { names.ContainsValue(CFSTR("a")); }, FourCC("cfnr"));
+    names.AttachMutableRef(CFSetCreateMutable(nullptr, 0, &kCFTypeSetCallBacks), false);
+    names.AddValue(CFSTR("Untitled"));
+    CFStringRef equalText = CFStringCreateWithCString(nullptr, "Untitled", kCFStringEncodingUTF8);
+    EXPECT_TRUE(names.ContainsValue(equalText));
+    EXPECT_FALSE(names.ContainsValue(CFSTR("Untitled 2")));
+    CFRelease(equalText);
+}
+
+}  // namespace
