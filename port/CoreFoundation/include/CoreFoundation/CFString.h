@@ -81,3 +81,6 @@ Boolean CFStringHasSuffix(CFStringRef inString, CFStringRef inSuffix);
 void CFStringAppend(CFMutableStringRef inString, CFStringRef inAppended);
 void CFStringAppendCString(CFMutableStringRef inString, const char* inCString, CFStringEncoding inEncoding);
 void CFStringAppendCharacters(CFMutableStringRef inString, const UniChar* inChars, CFIndex inNumChars);
+void CFStringAppendFormat(CFMutableStringRef inString, CFDictionaryRef inFormatOptions, CFStringRef inFormat, ...);
+void CFStringAppendFormatAndArguments(CFMutableStringRef inString, CFDictionaryRef inFormatOptions, CFStringRef inFormat,
+                                      va_list inArguments);
