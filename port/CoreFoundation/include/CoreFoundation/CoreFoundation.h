@@ -10,3 +10,6 @@
 #include <CoreFoundation/CFData.h>
 #include <CoreFoundation/CFUUID.h>
 #include <CoreFoundation/CFURL.h>
+#include <CoreFoundation/CFDate.h>
+#include <CoreFoundation/CFPropertyList.h>
+#include <CoreFoundation/CFPreferences.h>

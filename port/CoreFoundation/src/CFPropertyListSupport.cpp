@@ -1,0 +1,125 @@
+// Constructors and walkers shared by the property-list readers and writers.
+#include "PropertyListSupport.h"
+
+#include <CoreFoundation/CFData.h>
+#include <CoreFoundation/CFDate.h>
+#include <CoreFoundation/CFNumber.h>
+#include <CoreFoundation/CFString.h>
+
+#include <algorithm>
+
+namespace cf::plist {
+
+namespace {
+
+bool MutableContainers(CFOptionFlags inOptions)
+{
+    return (inOptions & (kCFPropertyListMutableContainers | kCFPropertyListMutableContainersAndLeaves)) != 0;
+}
+bool MutableLeaves(CFOptionFlags inOptions) { return (inOptions & kCFPropertyListMutableContainersAndLeaves) != 0; }
+
+}  // namespace
+
+Kind KindOf(CFTypeRef inValue)
+{
+    CFTypeID type = CFGetTypeID(inValue);
+    if (type == CFStringGetTypeID())
+        return Kind::String;
+    if (type == CFNumberGetTypeID())
+        return Kind::Number;
+    if (type == CFBooleanGetTypeID())
+        return Kind::Boolean;
+    if (type == CFDateGetTypeID())
+        return Kind::Date;
+    if (type == CFDataGetTypeID())
+        return Kind::Data;
+    if (type == CFArrayGetTypeID())
+        return Kind::Array;
+    if (type == CFDictionaryGetTypeID())
+        return Kind::Dictionary;
+    return Kind::Other;
+}
+
+CFTypeRef MakeString(CFAllocatorRef inAllocator, std::u16string_view inText, CFOptionFlags inOptions)
+{
+    const auto* units = reinterpret_cast<const UniChar*>(inText.data());
+    if (!MutableLeaves(inOptions))
+        return CFStringCreateWithCharacters(inAllocator, units, CFIndex(inText.size()));
+    CFMutableStringRef string = CFStringCreateMutable(inAllocator, 0);
+    if (string)
+        CFStringAppendCharacters(string, units, CFIndex(inText.size()));
+    return string;
+}
+
+CFTypeRef MakeData(CFAllocatorRef inAllocator, std::span<const UInt8> inBytes, CFOptionFlags inOptions)
+{
+    if (!MutableLeaves(inOptions))
+        return CFDataCreate(inAllocator, inBytes.data(), CFIndex(inBytes.size()));
+    CFMutableDataRef data = CFDataCreateMutable(inAllocator, 0);
+    if (data)
+        CFDataAppendBytes(data, inBytes.data(), CFIndex(inBytes.size()));
+    return data;
+}
+
+CFTypeRef MakeArray(CFAllocatorRef inAllocator, std::span<const OwnedValue> inElements, CFOptionFlags inOptions)
+{
+    std::vector<const void*> values;
+    values.reserve(inElements.size());
+    for (const OwnedValue& element : inElements)
+        values.push_back(element.Get());
+    if (!MutableContainers(inOptions))
+        return CFArrayCreate(inAllocator, values.data(), CFIndex(values.size()), &kCFTypeArrayCallBacks);
+    CFMutableArrayRef array = CFArrayCreateMutable(inAllocator, 0, &kCFTypeArrayCallBacks);
+    if (array)
+        for (const void* value : values)
+            CFArrayAppendValue(array, value);
+    return array;
+}
+
+CFTypeRef MakeDictionary(CFAllocatorRef inAllocator, std::span<const OwnedValue> inKeys,
+                         std::span<const OwnedValue> inValues, CFOptionFlags inOptions)
+{
+    Owned<CFMutableDictionaryRef> dictionary(CFDictionaryCreateMutable(
+        inAllocator, 0, &kCFTypeDictionaryKeyCallBacks, &kCFTypeDictionaryValueCallBacks));
+    if (!dictionary)
+        return nullptr;
+    for (std::size_t i = 0; i < inKeys.size() && i < inValues.size(); ++i)
+        CFDictionarySetValue(dictionary.Get(), inKeys[i].Get(), inValues[i].Get());
+    if (MutableContainers(inOptions))
+        return dictionary.Take();
+    return CFDictionaryCreateCopy(inAllocator, dictionary.Get());
+}
+
+std::vector<CFTypeRef> Elements(CFArrayRef inArray)
+{
+    std::vector<CFTypeRef> elements(std::size_t(CFArrayGetCount(inArray)));
+    CFArrayGetValues(inArray, CFRangeMake(0, CFIndex(elements.size())), elements.data());
+    return elements;
+}
+
+std::vector<std::pair<CFTypeRef, CFTypeRef>> SortedEntries(CFDictionaryRef inDictionary)
+{
+    auto count = std::size_t(CFDictionaryGetCount(inDictionary));
+    std::vector<const void*> keys(count), values(count);
+    CFDictionaryGetKeysAndValues(inDictionary, keys.data(), values.data());
+    std::vector<std::pair<CFTypeRef, CFTypeRef>> entries;
+    entries.reserve(count);
+    for (std::size_t i = 0; i < count; ++i)
+        entries.emplace_back(keys[i], values[i]);
+    bool allStrings = std::all_of(keys.begin(), keys.end(),
+                                  [](const void* inKey) { return CFGetTypeID(inKey) == CFStringGetTypeID(); });
+    if (allStrings)
+        std::sort(entries.begin(), entries.end(), [](const auto& inLeft, const auto& inRight) {
+            return CFStringCompare(CFStringRef(inLeft.first), CFStringRef(inRight.first), 0) == kCFCompareLessThan;
+        });
+    return entries;
+}
+
+std::u16string Units(CFStringRef inString)
+{
+    std::u16string text(std::size_t(CFStringGetLength(inString)), u'\0');
+    CFStringGetCharacters(inString, CFRangeMake(0, CFIndex(text.size())), reinterpret_cast<UniChar*>(text.data()));
+    return text;
+}
+
+}  // namespace cf::plist
