@@ -1,14 +1,28 @@
-// Creating, reading, comparing and appending to strings.
+// Creating strings, reading them back and appending to them.
 #include "CFStringObject.h"
 #include "StringEncoding.h"
-
-#include <unicode/uchar.h>
-#include <unicode/ustring.h>
 
 #include <algorithm>
 #include <cstring>
 #include <mutex>
 #include <unordered_map>
+#include <utility>
+
+void AdoptedBuffer::Adopt(const void* inBuffer, CFAllocatorRef inDeallocator)
+{
+    Free();
+    mBuffer = inBuffer;
+    mDeallocator = static_cast<CFAllocatorRef>(CFRetain(inDeallocator ? inDeallocator : CFAllocatorGetDefault()));
+}
+
+void AdoptedBuffer::Free() noexcept
+{
+    if (mDeallocator == nullptr)
+        return;
+    CFAllocatorDeallocate(mDeallocator, const_cast<void*>(mBuffer));
+    CFRelease(std::exchange(mDeallocator, nullptr));
+    mBuffer = nullptr;
+}
 
 bool __CFString::Equal(const Object& inOther) const { return mText == static_cast<const __CFString&>(inOther).mText; }
 
@@ -46,6 +60,19 @@ __CFString& MutableString(CFMutableStringRef inString, const char* inCall)
 CFStringRef CreateString(CFAllocatorRef inAllocator, std::u16string inText)
 {
     return Create<__CFString>(inAllocator, std::move(inText), false);
+}
+
+void CheckRange(const __CFString& inString, CFRange inRange, const char* inCall)
+{
+    CFIndex length = CFIndex(inString.mText.size());
+    if (inRange.location < 0 || inRange.length < 0 || inRange.location > length || inRange.length > length - inRange.location)
+        Fatal(inCall, "range {%ld, %ld} is outside a string of length %ld", inRange.location, inRange.length, length);
+}
+
+std::u16string_view Substring(const __CFString& inString, CFRange inRange, const char* inCall)
+{
+    CheckRange(inString, inRange, inCall);
+    return inString.View().substr(size_t(inRange.location), size_t(inRange.length));
 }
 
 CFStringRef MakeString(std::string_view inUTF8)
@@ -101,25 +128,6 @@ std::u16string_view Units(const UniChar* inChars, CFIndex inCount)
     return {reinterpret_cast<const char16_t*>(inChars), size_t(inCount)};
 }
 
-void CheckRange(const __CFString& inString, CFRange inRange, const char* inCall)
-{
-    CFIndex length = CFIndex(inString.mText.size());
-    if (inRange.location < 0 || inRange.length < 0 || inRange.location > length || inRange.length > length - inRange.location)
-        cf::Fatal(inCall, "range {%ld, %ld} is outside a string of length %ld", inRange.location, inRange.length, length);
-}
-
-char16_t Fold(char16_t inUnit) { return char16_t(u_foldCase(inUnit, U_FOLD_CASE_DEFAULT)); }
-
-bool UnitsMatch(std::u16string_view inText, std::u16string_view inFind, bool inCaseInsensitive)
-{
-    if (!inCaseInsensitive)
-        return inText == inFind;
-    for (size_t i = 0; i < inFind.size(); ++i)
-        if (Fold(inText[i]) != Fold(inFind[i]))
-            return false;
-    return true;
-}
-
 }  // namespace
 
 CFTypeID CFStringGetTypeID() { return cf::kTypeIDString; }
@@ -163,6 +171,20 @@ CFStringRef CFStringCreateWithCharacters(CFAllocatorRef inAllocator, const UniCh
     return cf::CreateString(inAllocator, std::u16string(Units(inChars, inNumChars)));
 }
 
+CFStringRef CFStringCreateWithCharactersNoCopy(CFAllocatorRef inAllocator, const UniChar* inChars, CFIndex inNumChars,
+                                              CFAllocatorRef inContentsDeallocator)
+{
+    if (inNumChars < 0 || (inChars == nullptr && inNumChars > 0))
+        return nullptr;
+    // The string keeps its own copy, so that every string stores its text the same way; the
+    // buffer is only held so that it is handed back as the caller expects. On failure the
+    // caller still owns it.
+    auto* string = cf::Create<__CFString>(inAllocator, std::u16string(Units(inChars, inNumChars)), false);
+    if (string != nullptr && inChars != nullptr && inContentsDeallocator != kCFAllocatorNull)
+        string->mAdopted.Adopt(inChars, inContentsDeallocator);
+    return string;
+}
+
 CFStringRef CFStringCreateCopy(CFAllocatorRef inAllocator, CFStringRef inString)
 {
     const __CFString& string = Str(inString, "CFStringCreateCopy");
@@ -175,7 +197,7 @@ CFStringRef CFStringCreateCopy(CFAllocatorRef inAllocator, CFStringRef inString)
 CFStringRef CFStringCreateWithSubstring(CFAllocatorRef inAllocator, CFStringRef inString, CFRange inRange)
 {
     const __CFString& string = Str(inString, "CFStringCreateWithSubstring");
-    CheckRange(string, inRange, "CFStringCreateWithSubstring");
+    cf::CheckRange(string, inRange, "CFStringCreateWithSubstring");
     return cf::CreateString(inAllocator, string.mText.substr(size_t(inRange.location), size_t(inRange.length)));
 }
 
@@ -202,7 +224,7 @@ UniChar CFStringGetCharacterAtIndex(CFStringRef inString, CFIndex inIndex)
 void CFStringGetCharacters(CFStringRef inString, CFRange inRange, UniChar* outBuffer)
 {
     const __CFString& string = Str(inString, "CFStringGetCharacters");
-    CheckRange(string, inRange, "CFStringGetCharacters");
+    cf::CheckRange(string, inRange, "CFStringGetCharacters");
     std::copy_n(string.mText.data() + inRange.location, inRange.length, outBuffer);
 }
 
@@ -221,6 +243,13 @@ const char* CFStringGetCStringPtr(CFStringRef inString, CFStringEncoding inEncod
         if (unit >= 0x80)
             return nullptr;
     return string.mConstantCString;
+}
+
+ConstStringPtr CFStringGetPascalStringPtr(CFStringRef inString, CFStringEncoding)
+{
+    // Text is kept as UTF-16, never as a Pascal string, so there is no pointer to give.
+    Str(inString, "CFStringGetPascalStringPtr");
+    return nullptr;
 }
 
 Boolean CFStringGetCString(CFStringRef inString, char* outBuffer, CFIndex inBufferSize, CFStringEncoding inEncoding)
@@ -253,68 +282,6 @@ CFIndex CFStringGetMaximumSizeForEncoding(CFIndex inLength, CFStringEncoding inE
     return inLength * cf::MaxBytesPerUnit(inEncoding);
 }
 
-CFComparisonResult CFStringCompare(CFStringRef inString1, CFStringRef inString2, CFStringCompareFlags inOptions)
-{
-    const std::u16string& first = Str(inString1, "CFStringCompare").mText;
-    const std::u16string& second = Str(inString2, "CFStringCompare").mText;
-    int order = 0;
-    if (inOptions & kCFCompareCaseInsensitive) {
-        order = u_strCaseCompare(reinterpret_cast<const UChar*>(first.data()), int32_t(first.size()),
-                                 reinterpret_cast<const UChar*>(second.data()), int32_t(second.size()),
-                                 U_FOLD_CASE_DEFAULT | U_COMPARE_CODE_POINT_ORDER, nullptr);
-        if (order == 0 && (inOptions & kCFCompareForcedOrdering))
-            order = first.compare(second);
-    } else {
-        order = first.compare(second);
-    }
-    return order < 0 ? kCFCompareLessThan : order > 0 ? kCFCompareGreaterThan : kCFCompareEqualTo;
-}
-
-Boolean CFStringFindWithOptions(CFStringRef inString, CFStringRef inFind, CFRange inRange, CFStringCompareFlags inOptions,
-                                CFRange* outResult)
-{
-    const __CFString& string = Str(inString, "CFStringFindWithOptions");
-    const std::u16string& find = Str(inFind, "CFStringFindWithOptions").mText;
-    CheckRange(string, inRange, "CFStringFindWithOptions");
-    std::u16string_view within(string.mText.data() + inRange.location, size_t(inRange.length));
-    if (find.empty() || find.size() > within.size())
-        return false;
-    bool backwards = inOptions & kCFCompareBackwards;
-    bool anchored = inOptions & kCFCompareAnchored;
-    bool caseless = inOptions & kCFCompareCaseInsensitive;
-    size_t last = within.size() - find.size();
-    for (size_t step = 0; step <= last; ++step) {
-        size_t at = backwards ? last - step : step;
-        if (UnitsMatch(within.substr(at, find.size()), find, caseless)) {
-            if (outResult)
-                *outResult = CFRangeMake(inRange.location + CFIndex(at), CFIndex(find.size()));
-            return true;
-        }
-        if (anchored)
-            break;
-    }
-    return false;
-}
-
-CFRange CFStringFind(CFStringRef inString, CFStringRef inFind, CFStringCompareFlags inOptions)
-{
-    CFRange result{kCFNotFound, 0};
-    CFStringFindWithOptions(inString, inFind, CFRangeMake(0, CFStringGetLength(inString)), inOptions, &result);
-    return result;
-}
-
-Boolean CFStringHasPrefix(CFStringRef inString, CFStringRef inPrefix)
-{
-    return CFStringFindWithOptions(inString, inPrefix, CFRangeMake(0, CFStringGetLength(inString)), kCFCompareAnchored,
-                                   nullptr);
-}
-
-Boolean CFStringHasSuffix(CFStringRef inString, CFStringRef inSuffix)
-{
-    return CFStringFindWithOptions(inString, inSuffix, CFRangeMake(0, CFStringGetLength(inString)),
-                                   kCFCompareAnchored | kCFCompareBackwards, nullptr);
-}
-
 void CFStringAppend(CFMutableStringRef inString, CFStringRef inAppended)
 {
     __CFString& string = cf::MutableString(inString, "CFStringAppend");
@@ -338,6 +305,18 @@ void CFStringAppendCString(CFMutableStringRef inString, const char* inCString, C
         cf::Fatal("CFStringAppendCString", "called with a NULL C string");
     std::u16string text;
     if (!cf::Decode({reinterpret_cast<const UInt8*>(inCString), std::strlen(inCString)}, inEncoding, false, text))
+        return;
+    string.mText += text;
+    string.Changed();
+}
+
+void CFStringAppendPascalString(CFMutableStringRef inString, ConstStr255Param inPString, CFStringEncoding inEncoding)
+{
+    __CFString& string = cf::MutableString(inString, "CFStringAppendPascalString");
+    if (inPString == nullptr)
+        cf::Fatal("CFStringAppendPascalString", "called with a NULL Pascal string");
+    std::u16string text;
+    if (!cf::Decode({inPString + 1, inPString[0]}, inEncoding, false, text))
         return;
     string.mText += text;
     string.Changed();

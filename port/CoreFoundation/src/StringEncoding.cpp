@@ -254,8 +254,11 @@ bool IsSupportedEncoding(CFStringEncoding inEncoding)
 
 bool Decode(std::span<const UInt8> inBytes, CFStringEncoding inEncoding, bool inExternal, std::u16string& outText)
 {
-    if (inEncoding == kCFStringEncodingUTF8)
-        return DecodeUTF8(inBytes, outText);
+    if (inEncoding == kCFStringEncodingUTF8) {
+        // Some writers mark UTF-8 files too; the mark is not part of the text.
+        bool marked = inExternal && inBytes.size() >= 3 && inBytes[0] == 0xEF && inBytes[1] == 0xBB && inBytes[2] == 0xBF;
+        return DecodeUTF8(marked ? inBytes.subspan(3) : inBytes, outText);
+    }
     if (IsUTF16(inEncoding) || IsUTF32(inEncoding))
         return DecodeWide(inBytes, inEncoding, inExternal, outText);
     if (ConverterName(inEncoding) == nullptr)

@@ -13,7 +13,7 @@ namespace cf {
 bool IsSupportedEncoding(CFStringEncoding inEncoding);
 
 // Decodes bytes into UTF-16. With inExternal, a leading byte-order mark of a UTF-16 or UTF-32
-// text chooses the byte order and is dropped. False when the bytes are not valid in the
+// text chooses the byte order and is dropped, and one of a UTF-8 text is dropped. False when the bytes are not valid in the
 // encoding (nothing useful is left in outText then).
 bool Decode(std::span<const UInt8> inBytes, CFStringEncoding inEncoding, bool inExternal, std::u16string& outText);
 
