@@ -11,5 +11,7 @@
 #include <CoreFoundation/CFUUID.h>
 #include <CoreFoundation/CFURL.h>
 #include <CoreFoundation/CFDate.h>
+#include <CoreFoundation/CFRunLoop.h>
+#include <CoreFoundation/CFFileDescriptor.h>
 #include <CoreFoundation/CFPropertyList.h>
 #include <CoreFoundation/CFPreferences.h>
