@@ -1,0 +1,8 @@
+// Everything the system-service layer offers, in one include.
+#pragma once
+
+#include <CoreFoundation/CoreFoundation.h>
+
+#include <Carbon/MacErrors.h>
+#include <Carbon/Script.h>
+#include <Carbon/TextCommon.h>
