@@ -83,6 +83,24 @@ private:
         return mBytes.subspan(offset, mTrailer.offsetTable - offset);
     }
 
+    // The count in an object's marker, or in the integer that follows it; the object's
+    // contents start at outStart. False when the count does not fit in the bytes.
+    static bool ReadCount(std::span<const UInt8> inBytes, std::uint64_t& outCount, std::size_t& outStart)
+    {
+        outCount = inBytes[0] & 0xF;
+        outStart = 1;
+        if (outCount != 0xF)
+            return true;
+        if (inBytes.size() < 2 || (inBytes[1] >> 4) != 0x1 || (inBytes[1] & 0xF) > 3)
+            return false;
+        std::size_t size = std::size_t(1) << (inBytes[1] & 0xF);
+        if (inBytes.size() < 2 + size)
+            return false;
+        outCount = BigEndian(inBytes.subspan(2, size));
+        outStart = 2 + size;
+        return outCount <= inBytes.size();
+    }
+
     // The objects an array, set or dictionary refers to; false when they do not fit.
     bool Children(std::uint64_t inObject, std::vector<std::uint64_t>& outChildren) const
     {
@@ -92,28 +110,37 @@ private:
         unsigned kind = bytes[0] >> 4;
         if (kind != 0xA && kind != 0xB && kind != 0xC && kind != 0xD)
             return true;  // a scalar: libplist checks its length itself
-        std::uint64_t count = bytes[0] & 0xF;
-        std::size_t start = 1;
-        if (count == 0xF) {  // the count follows as an integer object of 1, 2, 4 or 8 bytes
-            if (bytes.size() < 2 || (bytes[1] >> 4) != 0x1 || (bytes[1] & 0xF) > 3)
-                return false;
-            std::size_t size = std::size_t(1) << (bytes[1] & 0xF);
-            if (bytes.size() < 2 + size)
-                return false;
-            count = BigEndian(bytes.subspan(2, size));
-            start = 2 + size;
-        }
-        if (count > bytes.size())
+        std::uint64_t count = 0;
+        std::size_t start = 0;
+        if (!ReadCount(bytes, count, start))
             return false;
         std::uint64_t references = kind == 0xD ? count * 2 : count;
         if (references > (bytes.size() - start) / mTrailer.referenceSize)
             return false;
         for (std::uint64_t i = 0; i < references; ++i) {
             std::uint64_t child = BigEndian(bytes.subspan(start + i * mTrailer.referenceSize, mTrailer.referenceSize));
-            if (child >= mTrailer.objectCount)
+            if (child >= mTrailer.objectCount || (kind == 0xD && i < count && !IsUsableKey(child)))
                 return false;
             outChildren.push_back(child);
         }
+        return true;
+    }
+
+    // libplist stops the process (an assertion) when asked for a dictionary key that is not
+    // a string or that holds a NUL character, so a list with such a key counts as damaged.
+    bool IsUsableKey(std::uint64_t inObject) const
+    {
+        std::span<const UInt8> bytes = ObjectBytes(inObject);
+        if (bytes.empty() || ((bytes[0] >> 4) != 0x5 && (bytes[0] >> 4) != 0x6))
+            return false;
+        std::size_t unit = (bytes[0] >> 4) == 0x5 ? 1 : 2;
+        std::uint64_t count = 0;
+        std::size_t start = 0;
+        if (!ReadCount(bytes, count, start) || count > (bytes.size() - start) / unit)
+            return false;
+        for (std::size_t i = 0; i < count; ++i)
+            if (bytes[start + i * unit] == 0 && (unit == 1 || bytes[start + i * unit + 1] == 0))
+                return false;
         return true;
     }
 

@@ -305,6 +305,8 @@ TEST(CFPropertyListReading, HostileShapesAreRefused)
         {BinaryPlist({{'\xA1', '\0'}}), "contains itself"},
         {BinaryPlist(shared), "repeats shared parts too often"},
         {BinaryPlist({"\xA2\x01\x05", "\xA0"}), "damaged"},  // a reference past the last object
+        {BinaryPlist({"\xD1\x01\x02", {'\x52', 'a', '\0'}, "\x51x"}), "damaged"},  // a key holding NUL
+        {BinaryPlist({"\xD1\x01\x02", "\x10\x05", "\x51x"}), "damaged"},         // a key that is a number
     };
     for (const auto& [bytes, expected] : cases) {
         EXPECT_FALSE(Parse(bytes, 0, &error));
