@@ -52,17 +52,17 @@ TypeRegistry& Registry()
 struct Runtime {
     static constexpr std::size_t kQuarantine = 64;
 
+    // Set once this thread's quarantine has been destroyed. Objects that die after that
+    // (in another thread-local destructor) are freed at once. A plain bool has no destructor,
+    // so it can still be read then.
+    static inline thread_local bool tQuarantineGone = false;
+
     struct Quarantine {
         std::array<Object*, kQuarantine> slots{};
         std::size_t next = 0;
-        bool draining = false;
 
         void Push(Object* inObject)
         {
-            if (draining) {
-                Free(inObject);
-                return;
-            }
             Object* evicted = std::exchange(slots[next], inObject);
             next = (next + 1) % kQuarantine;
             if (evicted)
@@ -71,7 +71,7 @@ struct Runtime {
 
         ~Quarantine()
         {
-            draining = true;
+            tQuarantineGone = true;
             for (Object*& slot : slots)
                 if (Object* object = std::exchange(slot, nullptr))
                     Free(object);
@@ -84,12 +84,19 @@ struct Runtime {
         return quarantine;
     }
 
+    static bool HasCountedAllocator(const Object& inObject)
+    {
+        auto* allocator = static_cast<const Object*>(static_cast<const void*>(inObject.mAllocator));
+        return allocator != nullptr && !allocator->mStatic;
+    }
+
     static void Free(Object* inObject)
     {
         CFAllocatorRef allocator = inObject->mAllocator;
+        bool counted = HasCountedAllocator(*inObject);
         inObject->~Object();
         FreeObjectMemory(allocator, inObject);
-        if (allocator && !static_cast<const Object*>(static_cast<const void*>(allocator))->mStatic)
+        if (counted)
             CFRelease(allocator);
     }
 
@@ -98,7 +105,13 @@ struct Runtime {
         inObject.mRetainCount.store(kDeadRetainCount, std::memory_order_relaxed);
         inObject.Finalize();
         sLiveObjects.fetch_sub(1, std::memory_order_relaxed);
-        ThreadQuarantine().Push(&inObject);
+        // An object from a custom allocator keeps that allocator alive until its memory is
+        // returned; holding it in quarantine would keep the allocator (and whatever its
+        // context owns) alive for an unpredictable while, so it is freed at once.
+        if (HasCountedAllocator(inObject) || tQuarantineGone)
+            Free(&inObject);
+        else
+            ThreadQuarantine().Push(&inObject);
     }
 
     static const Object& Validate(CFTypeRef inRef, const char* inCall)
