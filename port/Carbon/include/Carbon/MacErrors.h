@@ -37,6 +37,7 @@ enum : OSStatus {
     errAEBufferTooSmall = -1741,
     errAEEventNotPermitted = -1743,
     errAEEventFailed = -10000,
+    errAEPrivilegeError = -10004,  // the sender may not send the event to that process
 
     // Text Encoding Converter
     kTextUnsupportedEncodingErr = -8738,  // no such encoding, or none for the script information given

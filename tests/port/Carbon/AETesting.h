@@ -1,0 +1,30 @@
+// Descriptors owned by a test, and a fixture that fails a test which leaves one behind.
+#pragma once
+
+#include <Carbon/AEDataModel.h>
+#include <Carbon/MacErrors.h>
+
+#include <gtest/gtest.h>
+
+namespace spindeck::test {
+
+// Disposing of it twice is harmless: AEDisposeDesc leaves a null descriptor.
+struct Desc {
+    AEDesc d{typeNull, nullptr};
+    Desc() = default;
+    Desc(DescType inType, const void* inData, Size inSize) { EXPECT_EQ(AECreateDesc(inType, inData, inSize, &d), noErr); }
+    ~Desc() { AEDisposeDesc(&d); }
+    Desc(const Desc&) = delete;
+    Desc& operator=(const Desc&) = delete;
+};
+
+class DescriptorTest : public ::testing::Test {
+protected:
+    void SetUp() override { mLive = _AEGetLiveDescriptorCount(); }
+    void TearDown() override { EXPECT_EQ(_AEGetLiveDescriptorCount(), mLive) << "a descriptor was not disposed of"; }
+
+private:
+    long mLive = 0;
+};
+
+}  // namespace spindeck::test
