@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <ranges>
+#include <vector>
 #include <span>
 
 struct __CFSet final : cf::Object {
@@ -132,8 +133,11 @@ __CFSet* NewSet(CFAllocatorRef inAllocator, const cf::ElementCallBacks& inCallBa
 
 __CFSet* CopySet(CFAllocatorRef inAllocator, const __CFSet& inSource, bool inMutable, CFIndex inCapacity)
 {
-    return NewSet(inAllocator, inSource.mCallBacks, inMutable, inCapacity, inSource.Count(),
-                  inSource.mTable | std::views::transform(&Member::value));
+    std::vector<const void*> values;
+    values.reserve(std::size_t(inSource.Count()));
+    for (const Member& member : inSource.mTable)
+        values.push_back(member.value);
+    return NewSet(inAllocator, inSource.mCallBacks, inMutable, inCapacity, inSource.Count(), values);
 }
 
 }  // namespace
@@ -205,7 +209,8 @@ void CFSetGetValues(CFSetRef inSet, const void** outValues)
 {
     const __CFSet& set = Set(inSet, "CFSetGetValues");
     cf::CheckValues("CFSetGetValues", outValues, set.Count());
-    std::ranges::copy(set.mTable | std::views::transform(&Member::value), outValues);
+    for (const Member& member : set.mTable)
+        *outValues++ = member.value;
 }
 
 void CFSetApplyFunction(CFSetRef inSet, CFSetApplierFunction inApplier, void* inContext)
