@@ -10,6 +10,7 @@
 #include <CoreFoundation/CFData.h>
 #include <CoreFoundation/CFUUID.h>
 #include <CoreFoundation/CFURL.h>
+#include <CoreFoundation/CFBundle.h>
 #include <CoreFoundation/CFDate.h>
 #include <CoreFoundation/CFRunLoop.h>
 #include <CoreFoundation/CFFileDescriptor.h>
