@@ -7,7 +7,6 @@
 #include <fcntl.h>
 #include <signal.h>
 #include <sys/prctl.h>
-#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -29,45 +28,41 @@ class CFPreferences : public ::testing::Test {
 protected:
     void SetUp() override
     {
-        std::string pattern = (fs::temp_directory_path() / "prefs-test-XXXXXX").string();
-        ASSERT_NE(mkdtemp(pattern.data()), nullptr);
-        mHome = pattern;
         for (const char* name : {"HOME", "XDG_CONFIG_HOME"})
             mSaved.emplace_back(name, std::getenv(name) ? std::getenv(name) : "");
-        setenv("HOME", mHome.c_str(), 1);
-        setenv("XDG_CONFIG_HOME", (mHome + "/config").c_str(), 1);
+        setenv("HOME", mHome.Path().c_str(), 1);
+        setenv("XDG_CONFIG_HOME", (mHome / "config").c_str(), 1);
     }
 
     void TearDown() override
     {
         for (const auto& [name, value] : mSaved)
             value.empty() ? unsetenv(name.c_str()) : setenv(name.c_str(), value.c_str(), 1);
-        fs::remove_all(mHome);
     }
 
-    std::string Folder() const { return mHome + "/config/preferences"; }
+    std::string Folder() const { return mHome / "config/preferences"; }
     std::string File(const char* inDomain = kApp) const { return Folder() + "/" + inDomain + ".plist"; }
 
-    std::string mHome;
+    TemporaryFolder mHome;
     std::vector<std::pair<std::string, std::string>> mSaved;
 };
 
-std::string Copied(const char* inKey, const char* inApp = kApp)
+std::string Copied(const char* inKey)
 {
-    Ref key(Str(inKey)), app(Str(inApp));
+    Ref key(Str(inKey)), app(Str(kApp));
     Ref value(CFPreferencesCopyAppValue(key.as<CFStringRef>(), app.as<CFStringRef>()));
     return value ? Dump(value.get()) : "(none)";
 }
 
-void SetString(const char* inKey, const char* inValue, const char* inApp = kApp)
+void SetString(const char* inKey, const char* inValue)
 {
-    Ref key(Str(inKey)), app(Str(inApp)), value(inValue ? Str(inValue) : nullptr);
+    Ref key(Str(inKey)), app(Str(kApp)), value(inValue ? Str(inValue) : nullptr);
     CFPreferencesSetAppValue(key.as<CFStringRef>(), value.get(), app.as<CFStringRef>());
 }
 
-bool Synchronize(const char* inApp = kApp)
+bool Synchronize()
 {
-    Ref app(Str(inApp));
+    Ref app(Str(kApp));
     return CFPreferencesAppSynchronize(app.as<CFStringRef>());
 }
 
@@ -95,9 +90,7 @@ TEST_F(CFPreferences, ValuesAreSeenAtOnceAndWrittenWhenSynchronised)
     ASSERT_TRUE(Synchronize());
     EXPECT_EQ(FileDump(File()), "{s\"Name\":s\"Spindeck\"}");
     EXPECT_EQ(ReadFile(File()).rfind("<?xml", 0), 0u);
-    struct stat status {};
-    ASSERT_EQ(stat(File().c_str(), &status), 0);
-    EXPECT_EQ(status.st_mode & 0777, 0600u);
+    EXPECT_EQ(fs::status(File()).permissions(), fs::perms::owner_read | fs::perms::owner_write);
 
     SetString("Name", nullptr);  // NULL removes
     EXPECT_EQ(Copied("Name"), "(none)");
@@ -114,33 +107,29 @@ TEST_F(CFPreferences, TypedReadersAcceptNumbersTextAndBooleans)
         <key>junk</key><string>17x</string> <key>real</key><real>2.9</real>
         <key>yes</key><true/> <key>YES</key><string>YES</string> <key>no</key><string>false</string>
         <key>zero</key><integer>0</integer></dict></plist>)");
+    struct Expected {
+        const char* key;
+        CFIndex integer;
+        bool integerValid;
+        bool boolean;
+        bool booleanValid;
+    };
+    const Expected cases[] = {
+        {"int", -42, true, true, true},  {"text", 17, true, false, false}, {"real", 2, true, true, true},
+        {"junk", 0, false, false, false}, {"yes", 0, false, true, true},   {"YES", 0, false, true, true},
+        {"no", 0, false, false, true},    {"zero", 0, true, false, true},  {"missing", 0, false, false, false},
+    };
     Ref app(Str(kApp));
-    auto integer = [&](const char* inKey, Boolean inValid) {
-        Ref key(Str(inKey));
-        Boolean valid = !inValid;
-        CFIndex value = CFPreferencesGetAppIntegerValue(key.as<CFStringRef>(), app.as<CFStringRef>(), &valid);
-        EXPECT_EQ(valid, inValid) << inKey;
-        return value;
-    };
-    auto boolean = [&](const char* inKey, Boolean inValid) {
-        Ref key(Str(inKey));
-        Boolean valid = !inValid;
-        Boolean value = CFPreferencesGetAppBooleanValue(key.as<CFStringRef>(), app.as<CFStringRef>(), &valid);
-        EXPECT_EQ(valid, inValid) << inKey;
-        return value;
-    };
-    EXPECT_EQ(integer("int", true), -42);
-    EXPECT_EQ(integer("text", true), 17);
-    EXPECT_EQ(integer("real", true), 2);
-    EXPECT_EQ(integer("junk", false), 0);
-    EXPECT_EQ(integer("missing", false), 0);
-    EXPECT_TRUE(boolean("yes", true));
-    EXPECT_TRUE(boolean("YES", true));
-    EXPECT_TRUE(boolean("int", true));
-    EXPECT_FALSE(boolean("no", true));
-    EXPECT_FALSE(boolean("zero", true));
-    EXPECT_FALSE(boolean("junk", false));
-    EXPECT_FALSE(boolean("missing", false));
+    for (const Expected& expected : cases) {
+        Ref key(Str(expected.key));
+        Boolean integerValid = !expected.integerValid, booleanValid = !expected.booleanValid;
+        EXPECT_EQ(CFPreferencesGetAppIntegerValue(key.as<CFStringRef>(), app.as<CFStringRef>(), &integerValid),
+                  expected.integer) << expected.key;
+        EXPECT_EQ(CFPreferencesGetAppBooleanValue(key.as<CFStringRef>(), app.as<CFStringRef>(), &booleanValid),
+                  expected.boolean) << expected.key;
+        EXPECT_EQ(integerValid, expected.integerValid) << expected.key;
+        EXPECT_EQ(booleanValid, expected.booleanValid) << expected.key;
+    }
 }
 
 TEST_F(CFPreferences, DomainsAreKeptByApplicationUserAndHost)
@@ -172,10 +161,10 @@ TEST_F(CFPreferences, DomainsAreKeptByApplicationUserAndHost)
     EXPECT_FALSE(Ref(CFPreferencesCopyValue(where, application, stranger.as<CFStringRef>(), kCFPreferencesAnyHost)));
 
     // The current application is the running program; paths follow the environment.
-    setenv("XDG_CONFIG_HOME", (mHome + "/elsewhere").c_str(), 1);
+    setenv("XDG_CONFIG_HOME", (mHome / "elsewhere").c_str(), 1);
     CFPreferencesSetAppValue(where, own.get(), kCFPreferencesCurrentApplication);
     EXPECT_TRUE(CFPreferencesAppSynchronize(kCFPreferencesCurrentApplication));
-    EXPECT_TRUE(fs::exists(mHome + "/elsewhere/preferences/CoreFoundationTests.plist"));
+    EXPECT_TRUE(fs::exists(mHome / "elsewhere/preferences/CoreFoundationTests.plist"));
 }
 
 TEST_F(CFPreferences, OtherProcessesChangesArePickedUpAndMerged)

@@ -1,12 +1,15 @@
 // Helpers of the property-list and preferences tests.
 #include "PropertyListTesting.h"
 
+#include <CoreFoundation/CFRuntime.h>
+
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cinttypes>
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <map>
@@ -14,6 +17,18 @@
 extern char** environ;
 
 namespace plisttest {
+
+TemporaryFolder::TemporaryFolder()
+{
+    std::string pattern = (std::filesystem::temp_directory_path() / "plist-test-XXXXXX").string();
+    mPath = mkdtemp(pattern.data()) ? pattern : "";
+}
+
+TemporaryFolder::~TemporaryFolder()
+{
+    if (!mPath.empty())
+        std::filesystem::remove_all(mPath);
+}
 
 CFStringRef Str(std::string_view inUTF8)
 {
@@ -26,14 +41,7 @@ CFDataRef Bytes(std::string_view inBytes)
     return CFDataCreate(nullptr, reinterpret_cast<const UInt8*>(inBytes.data()), CFIndex(inBytes.size()));
 }
 
-std::string Text(CFStringRef inString)
-{
-    std::vector<char> buffer(std::size_t(CFStringGetMaximumSizeForEncoding(CFStringGetLength(inString),
-                                                                             kCFStringEncodingUTF8)) + 1);
-    if (!CFStringGetCString(inString, buffer.data(), CFIndex(buffer.size()), kCFStringEncodingUTF8))
-        return "<not UTF-8>";
-    return buffer.data();
-}
+std::string Text(CFStringRef inString) { return cf::UTF8(inString); }
 
 std::string Dump(CFPropertyListRef inValue)
 {

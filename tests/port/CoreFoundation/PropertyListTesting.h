@@ -38,6 +38,18 @@ private:
     CFTypeRef mRef;
 };
 
+// A folder of its own for a test, removed with everything in it when the test ends.
+class TemporaryFolder {
+public:
+    TemporaryFolder();
+    ~TemporaryFolder();
+    const std::string& Path() const { return mPath; }
+    std::string operator/(const char* inName) const { return mPath + "/" + inName; }
+
+private:
+    std::string mPath;
+};
+
 CFStringRef Str(std::string_view inUTF8);
 CFDataRef Bytes(std::string_view inBytes);
 std::string Text(CFStringRef inString);
