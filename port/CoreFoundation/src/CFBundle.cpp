@@ -16,10 +16,8 @@ public:
     CFBundleRef FindOrCreate(CFAllocatorRef inAllocator, const std::string& inPath)
     {
         std::lock_guard guard(mLock);
-        if (__CFBundle* live = Live(inPath)) {
-            CFRetain(live);
-            return live;
-        }
+        if (auto found = mByPath.find(inPath); found != mByPath.end() && cf::RetainIfAlive(found->second))
+            return found->second;
         __CFBundle::Parts parts = cf::bundle::Examine(inAllocator, inPath);
         Owned<CFURLRef> url(parts.url);
         Owned<CFDictionaryRef> info(parts.info);
@@ -60,15 +58,6 @@ public:
     }
 
 private:
-    // A bundle whose last reference is going is about to leave the registry; it must not be
-    // handed out again. (A release of the last reference racing with a create of the same
-    // folder on another thread can still meet it; the runtime then stops the process.)
-    __CFBundle* Live(const std::string& inPath)
-    {
-        auto found = mByPath.find(inPath);
-        return found != mByPath.end() && found->second->RetainCount() > 0 ? found->second : nullptr;
-    }
-
     std::mutex mLock;
     std::unordered_map<std::string, __CFBundle*> mByPath;
 };

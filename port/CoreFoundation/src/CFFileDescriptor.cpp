@@ -199,10 +199,8 @@ CFRunLoopSourceRef CFFileDescriptorCreateRunLoopSource(CFAllocatorRef inAllocato
     std::lock_guard guard(cf::RunLoopLock());
     if (!file.mValid)
         return nullptr;
-    if (file.mSource && file.mSource->mValid) {
-        CFRetain(file.mSource);
+    if (file.mSource && file.mSource->mValid && cf::RetainIfAlive(file.mSource))
         return file.mSource;
-    }
     file.mSource = cf::Create<DescriptorSource>(inAllocator, inOrder, file);
     return file.mSource;
 }

@@ -154,6 +154,22 @@ struct Runtime {
         Die(object);
     }
 
+    static bool RetainIfAlive(CFTypeRef inRef)
+    {
+        if (inRef == nullptr)
+            Fatal("CFRetain", "called with NULL where an object is required");
+        auto& object = const_cast<Object&>(*static_cast<const Object*>(inRef));
+        if (object.mMagic != Object::kMagic)
+            Fatal("CFRetain", "%p is not an object of the runtime", inRef);
+        if (object.mStatic)
+            return true;
+        CFIndex count = object.mRetainCount.load(std::memory_order_relaxed);
+        while (count > 0)
+            if (object.mRetainCount.compare_exchange_weak(count, count + 1, std::memory_order_relaxed))
+                return true;
+        return false;
+    }
+
     static CFIndex RetainCount(const Object& inObject)
     {
         return inObject.mStatic ? std::numeric_limits<CFIndex>::max()
@@ -201,6 +217,8 @@ void Fatal(const char* inCall, const char* inFormat, ...)
 const Object& Validate(CFTypeRef inRef, const char* inCall) { return Runtime::Validate(inRef, inCall); }
 
 void AdoptNew(Object& inObject, CFAllocatorRef inAllocator) { Runtime::AdoptNew(inObject, inAllocator); }
+
+bool RetainIfAlive(CFTypeRef inRef) { return Runtime::RetainIfAlive(inRef); }
 
 CFIndex Object::RetainCount() const { return Runtime::RetainCount(*this); }
 

@@ -111,6 +111,11 @@ T& CheckedMutable(CFTypeRef inRef, CFTypeID inTypeID, const char* inCall)
     return const_cast<T&>(Checked<T>(inRef, inTypeID, inCall));
 }
 
+// Takes a reference on an object that a table of the caller's holds without owning it, unless
+// its last reference is already gone (it is then being finalised and about to leave the
+// table). The caller's lock must be the one the object's Finalize takes to leave the table.
+bool RetainIfAlive(CFTypeRef inRef);
+
 // Memory for a new object from an allocator (NULL means the default), or nullptr when the
 // allocator refuses. AdoptNew then makes the constructed object live with a count of one.
 void* AllocateObjectMemory(CFAllocatorRef inAllocator, std::size_t inSize);
