@@ -2,6 +2,7 @@
 // (or a test) that changes $XDG_CONFIG_HOME or $HOME sees the change at once.
 #include "PreferencesLocations.h"
 
+#include <CoreFoundation/CFBundle.h>
 #include <CoreFoundation/CFPreferences.h>
 #include <CoreFoundation/CFRuntime.h>
 
@@ -94,9 +95,12 @@ std::string DomainName(CFStringRef inApplicationID)
 
 }  // namespace
 
-// Without application bundles the executable's file name identifies the application.
+// The main bundle's identifier names the application; a bare tool without one is named by
+// its executable's file name.
 std::string CurrentApplicationID()
 {
+    if (CFStringRef identifier = CFBundleGetIdentifier(CFBundleGetMainBundle()))
+        return UTF8(identifier);
     std::array<char, 4096> path{};
     ssize_t length = readlink("/proc/self/exe", path.data(), path.size() - 1);
     std::string executable = length > 0 ? std::string(path.data(), std::size_t(length)) : program_invocation_name;
