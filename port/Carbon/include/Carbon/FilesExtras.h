@@ -1,0 +1,95 @@
+// File Manager records and constants of the classic parameter-block calls that the extended
+// file utilities answer in their own right: volume attributes, user and group mapping, and
+// the status of a request a volume of this kind cannot carry out.
+#pragma once
+
+#include <MacTypes.h>
+
+// A volume's attributes as the volume-parameters request reports them. Version 3 of the
+// record; vMExtendedAttributes and the fields after it only from version 3 on.
+struct GetVolParmsInfoBuffer {
+    SInt16 vMVersion;
+    SInt32 vMAttrib;      // the bits below
+    Handle vMLocalHand;   // always NULL here
+    SInt32 vMServerAdr;   // 0 for a volume that is not on a file server
+    SInt32 vMVolumeGrade;
+    SInt16 vMForeignPrivID;
+    SInt32 vMExtendedAttributes;
+    void* vMDeviceID;
+    UniCharCount vMMaxNameLength;
+};
+
+// vMAttrib bits.
+enum : SInt32 {
+    bLimitFCBs = 31,
+    bLocalWList = 30,
+    bNoMiniFndr = 29,
+    bNoVNEdit = 28,
+    bNoLclSync = 27,
+    bTrshOffLine = 26,
+    bNoSwitchTo = 25,
+    bNoDeskItems = 20,
+    bNoBootBlks = 19,
+    bAccessCntl = 18,
+    bNoSysDir = 17,
+    bHasExtFSVol = 16,
+    bHasOpenDeny = 15,
+    bHasCopyFile = 14,
+    bHasMoveRename = 13,
+    bHasDesktopMgr = 12,
+    bHasShortName = 11,
+    bHasFolderLock = 10,
+    bHasPersonalAccessPrivileges = 9,
+    bHasUserGroupList = 8,
+    bHasCatSearch = 7,
+    bHasFileIDs = 6,
+    bHasBTreeMgr = 5,
+    bHasBlankAccessPrivileges = 4,
+    bSupportsAsyncRequests = 3,
+    bSupportsTrashVolumeCache = 2,
+};
+
+// vMExtendedAttributes bits.
+enum : SInt32 {
+    bIsEjectable = 0,
+    bSupportsHFSPlusAPIs = 1,
+    bSupportsFSCatalogSearch = 2,
+    bSupportsFSExchangeObjects = 3,
+    bSupports2TBFiles = 4,
+    bSupportsLongNames = 5,
+    bSupportsMultiScriptNames = 6,
+    bSupportsNamedForks = 7,
+    bSupportsSubtreeIterators = 8,
+    bL2PCanMapFileBlocks = 9,
+    bParentModDateChanges = 10,
+    bAncestorModDateChanges = 11,
+    bSupportsSymbolicLinks = 13,
+    bIsAutoMounted = 14,
+    bAllowCDiDataHandler = 17,
+    bSupportsExclusiveLocks = 18,
+    bSupportsJournaling = 19,
+    bNoVolumeSizes = 20,
+    bIsOnInternalBus = 21,
+    bIsCaseSensitive = 22,
+    bIsCasePreserving = 23,
+    bDoNotDisplay = 24,
+    bIsRemovable = 25,
+    bNoRootTimes = 26,
+    bIsOnExternalBus = 27,
+    bSupportsExtendedFileSecurity = 28,
+};
+
+// What a user or group mapping request asks for.
+enum : SInt16 {
+    kOwnerID2Name = 1,
+    kGroupID2Name = 2,
+    kOwnerName2ID = 3,
+    kGroupName2ID = 4,
+};
+
+enum : OSStatus {
+    // The request is one this kind of volume does not support (shared-folder access
+    // privileges, remounting by a record), as classic volumes answered server-only calls.
+    wrgVolTypErr = -123,
+    afpObjectTypeErr = -5025,  // the request needs a folder and was given a file
+};
