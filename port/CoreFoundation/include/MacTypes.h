@@ -44,6 +44,20 @@ using ConstStr255Param = const unsigned char*;
 
 inline constexpr OSStatus noErr = 0;
 
+using OptionBits = UInt32;
+
+// QuickDraw's point and rectangle, which records such as the Finder's information carry.
+struct Point {
+    SInt16 v;
+    SInt16 h;
+};
+struct Rect {
+    SInt16 top;
+    SInt16 left;
+    SInt16 bottom;
+    SInt16 right;
+};
+
 // The four-character code of a text such as 'oser', computed at compile time so that
 // code can write FourCC("oser") where the original platform writes a multi-character literal.
 constexpr FourCharCode FourCC(const char (&inCode)[5])

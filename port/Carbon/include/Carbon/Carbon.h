@@ -6,3 +6,7 @@
 #include <Carbon/MacErrors.h>
 #include <Carbon/Script.h>
 #include <Carbon/TextCommon.h>
+#include <Carbon/DateTimeUtils.h>
+#include <Carbon/Finder.h>
+#include <Carbon/Files.h>
+#include <Carbon/CFURLFSRef.h>

@@ -11,6 +11,60 @@ enum : OSStatus {
     procNotFound = -600,
     connectionInvalid = -609,
 
+    // File Manager
+    dirFulErr = -33,
+    dskFulErr = -34,    // no room left on the volume
+    nsvErr = -35,       // no such volume
+    ioErr = -36,
+    bdNamErr = -37,     // a name the file system cannot hold
+    fnOpnErr = -38,
+    eofErr = -39,       // read past the end of a fork
+    posErr = -40,       // a position before the start of a fork
+    mFulErr = -41,
+    tmfoErr = -42,      // too many files open
+    fnfErr = -43,       // file not found
+    wPrErr = -44,       // the volume is write-protected
+    fLckdErr = -45,     // the file or folder is locked
+    vLckdErr = -46,     // the volume is locked
+    fBsyErr = -47,      // the file is open, or the folder is not empty
+    dupFNErr = -48,     // an item of that name exists
+    opWrErr = -49,
+    rfNumErr = -51,     // no open fork has that reference number
+    permErr = -54,      // the access asked for is not allowed
+    wrPermErr = -61,
+    dirNFErr = -120,    // directory not found
+    badMovErr = -122,   // a folder cannot be moved into itself
+    notAFileErr = -1302,
+    diffVolErr = -1303,  // the items are on different volumes
+    fsDataTooBigErr = -1310,
+    errFSUnknownCall = -1400,
+    errFSBadFSRef = -1401,
+    errFSBadForkName = -1402,
+    errFSBadBuffer = -1403,
+    errFSBadForkRef = -1404,
+    errFSBadInfoBitmap = -1405,
+    errFSMissingCatInfo = -1406,
+    errFSNotAFolder = -1407,
+    errFSForkNotFound = -1409,
+    errFSNameTooLong = -1410,
+    errFSMissingName = -1411,
+    errFSBadPosMode = -1412,
+    errFSBadAllocFlags = -1413,
+    errFSNoMoreItems = -1417,
+    errFSBadItemCount = -1418,
+    errFSBadSearchParams = -1419,
+    errFSRefsDifferent = -1420,  // both references are valid and name different items
+    errFSForkExists = -1421,
+    errFSBadIteratorFlags = -1422,
+    errFSIteratorNotFound = -1423,
+    errFSIteratorNotSupported = -1424,
+    errFSQuotaExceeded = -1425,
+    afpAccessDenied = -5000,  // the user may not do this to the item
+
+    // Date and time utilities
+    kUTCUnderflowErr = -8850,  // before the first moment a UTCDateTime can hold
+    kUTCOverflowErr = -8851,
+
     // Apple Event Manager
     errAECoercionFail = -1700,
     errAEDescNotFound = -1701,

@@ -1,0 +1,34 @@
+// The AppleDouble companion "._name" that keeps an item's Finder information and resource
+// fork beside it, read and written relative to the folder that holds both.
+#pragma once
+
+#include "AppleDouble.h"
+
+#include <string>
+#include <string_view>
+
+namespace carbon {
+
+std::string CompanionName(std::string_view inItemName);
+
+struct Companion {
+    enum class State { Absent, Valid, Malformed };
+    State state = State::Absent;
+    AppleDouble contents;  // empty unless Valid
+};
+
+// A malformed companion reads as absent contents, with its state saying so.
+Companion ReadCompanion(int inFolder, std::string_view inItemName);
+
+// Replaces the companion atomically (a temporary file renamed over it), or removes it when
+// the contents say nothing. A malformed companion is never overwritten: it is first renamed
+// aside, to "._name.corrupt" or the first free "._name.corrupt-N".
+OSErr WriteCompanion(int inFolder, std::string_view inItemName, const AppleDouble& inContents);
+
+// The companion goes where its item went; a stray companion already at the destination is
+// replaced, or removed when the item has none, so the item never takes on another's.
+void MoveCompanion(int inFromFolder, std::string_view inFromName, int inToFolder, std::string_view inToName);
+void SwapCompanions(int inFolder1, std::string_view inName1, int inFolder2, std::string_view inName2);
+void RemoveCompanion(int inFolder, std::string_view inItemName);
+
+}  // namespace carbon

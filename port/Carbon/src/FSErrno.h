@@ -1,0 +1,12 @@
+// The File Manager status that stands for a failed system call's errno.
+#pragma once
+
+#include <MacTypes.h>
+
+namespace carbon {
+
+OSErr StatusOfErrno(int inError);
+// The status for the errno of the call that just failed.
+OSErr LastStatus();
+
+}  // namespace carbon

@@ -1,0 +1,140 @@
+// Catalog iterators: listing a folder, deleting while iterating, and a tree deeper than the
+// port keeps descriptors for, deleted level by level the way a recursive delete does.
+#include "FilesTesting.h"
+
+#include <algorithm>
+#include <set>
+
+namespace {
+
+using namespace spindeck::test;
+
+std::set<std::u16string> List(const FSRef& inFolder, ItemCount inBatch)
+{
+    FSIterator iterator = nullptr;
+    EXPECT_EQ(FSOpenIterator(&inFolder, kFSIterateFlat, &iterator), noErr);
+    std::set<std::u16string> names;
+    std::vector<HFSUniStr255> batch(inBatch);
+    std::vector<FSCatalogInfo> infos(inBatch);
+    ItemCount count = 0;
+    OSErr status;
+    while ((status = FSGetCatalogInfoBulk(iterator, inBatch, &count, nullptr, kFSCatInfoNodeFlags, infos.data(),
+                                          nullptr, nullptr, batch.data())) == noErr) {
+        EXPECT_GT(count, 0u);
+        for (ItemCount index = 0; index < count; ++index)
+            EXPECT_TRUE(names.insert(NameOf(batch[index])).second);
+    }
+    EXPECT_EQ(status, errFSNoMoreItems);
+    EXPECT_EQ(count, 0u);
+    EXPECT_EQ(FSCloseIterator(iterator), noErr);
+    return names;
+}
+
+// Deletes everything below inFolder one item at a time, with one iterator per level.
+OSErr DeleteContents(const FSRef& inFolder, int& ioDeepest, int inDepth = 0)
+{
+    ioDeepest = std::max(ioDeepest, inDepth);
+    FSIterator iterator = nullptr;
+    if (OSErr status = FSOpenIterator(&inFolder, kFSIterateDelete, &iterator); status != noErr)
+        return status;
+    OSErr status = noErr;
+    ItemCount count = 0;
+    FSCatalogInfo info;
+    FSRef item;
+    while (status == noErr &&
+           (status = FSGetCatalogInfoBulk(iterator, 1, &count, nullptr, kFSCatInfoNodeFlags, &info, &item, nullptr,
+                                          nullptr)) == noErr) {
+        if (info.nodeFlags & kFSNodeIsDirectoryMask)
+            status = DeleteContents(item, ioDeepest, inDepth + 1);
+        if (status == noErr && (info.nodeFlags & kFSNodeLockedMask)) {
+            info.nodeFlags &= ~kFSNodeLockedMask;
+            FSSetCatalogInfo(&item, kFSCatInfoNodeFlags, &info);
+        }
+        if (status == noErr)
+            status = FSDeleteObject(&item);
+    }
+    FSCloseIterator(iterator);
+    return status == errFSNoMoreItems ? noErr : status;
+}
+
+TEST(FilesIterators, ListAFolderWithoutItsCompanions)
+{
+    TemporaryFolder folder;
+    for (int index = 0; index < 300; ++index)
+        WriteFile(folder.Path("item" + std::to_string(index)), "");
+    WriteFile(folder.Path("._item0"), "companion");
+    FSRef container = RefOf(folder.Path());
+    for (ItemCount batch : {ItemCount(1), ItemCount(7), ItemCount(1000)}) {
+        std::set<std::u16string> names = List(container, batch);
+        EXPECT_EQ(names.size(), 300u);
+        EXPECT_TRUE(names.contains(u"item299"));
+        EXPECT_FALSE(names.contains(u"._item0"));
+    }
+
+    FSIterator iterator = nullptr;
+    EXPECT_EQ(FSOpenIterator(&container, kFSIterateSubtree, &iterator), errFSIteratorNotSupported);
+    EXPECT_EQ(FSOpenIterator(&container, 8, &iterator), errFSBadIteratorFlags);
+    FSRef file = RefOf(folder.Path("item1"));
+    EXPECT_EQ(FSOpenIterator(&file, kFSIterateFlat, &iterator), errFSNotAFolder);
+    ASSERT_EQ(FSOpenIterator(&container, kFSIterateFlat, &iterator), noErr);
+    ItemCount count = 0;
+    EXPECT_EQ(FSGetCatalogInfoBulk(iterator, 0, &count, nullptr, 0, nullptr, nullptr, nullptr, nullptr),
+              errFSBadItemCount);
+    EXPECT_EQ(FSCloseIterator(iterator), noErr);
+    EXPECT_EQ(FSCloseIterator(iterator), errFSIteratorNotFound);
+}
+
+TEST(FilesIterators, DeleteEveryItemWhileIterating)
+{
+    TemporaryFolder folder;
+    FSRef container = RefOf(folder.Path());
+    for (int index = 0; index < 500; ++index)
+        WriteFile(folder.Path("f" + std::to_string(index)), "");
+    FSRef sub = CreateFolder(container, "sub");
+    FSRef locked = CreateFile(sub, "locked");
+    SetLocked(locked, true);
+    WriteFile(folder.Path("sub/plain"), "");
+
+    int deepest = 0;
+    ASSERT_EQ(DeleteContents(container, deepest), noErr);
+    EXPECT_EQ(List(container, 10).size(), 0u);
+    EXPECT_TRUE(Exists(folder.Path()));
+    EXPECT_EQ(deepest, 1);
+
+    // An item the caller keeps is returned once, not again and again.
+    WriteFile(folder.Path("kept"), "");
+    FSIterator iterator = nullptr;
+    ASSERT_EQ(FSOpenIterator(&container, kFSIterateDelete, &iterator), noErr);
+    ItemCount count = 0;
+    int returned = 0;
+    while (FSGetCatalogInfoBulk(iterator, 1, &count, nullptr, 0, nullptr, nullptr, nullptr, nullptr) == noErr &&
+           returned < 10)
+        returned += int(count);
+    EXPECT_EQ(returned, 1);
+    EXPECT_EQ(FSCloseIterator(iterator), noErr);
+}
+
+TEST(FilesIterators, DeleteATwoThousandLevelTree)
+{
+    constexpr int kDepth = 2000;
+    // In memory where there is a tmpfs: on a disk, freeing the inodes alone takes seconds.
+    TemporaryFolder folder(::access("/dev/shm", W_OK) == 0 ? "/dev/shm" : "/tmp");
+    int level = ::open(folder.Path().c_str(), O_RDONLY | O_DIRECTORY);
+    for (int depth = 0; depth < kDepth && level >= 0; ++depth) {
+        ASSERT_EQ(::mkdirat(level, "d", 0755), 0);
+        int next = ::openat(level, "d", O_RDONLY | O_DIRECTORY);
+        ::close(level);
+        level = next;
+    }
+    ::close(level);
+
+    FSRef top = RefOf(folder.Path("d"));
+    int deepest = 0;
+    ASSERT_EQ(DeleteContents(top, deepest), noErr);
+    EXPECT_EQ(deepest, kDepth - 1);
+    EXPECT_EQ(List(top, 10).size(), 0u);
+    EXPECT_EQ(FSDeleteObject(&top), noErr);
+    EXPECT_FALSE(Exists(folder.Path("d")));
+}
+
+}  // namespace
