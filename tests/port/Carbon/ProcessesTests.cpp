@@ -2,6 +2,7 @@
 #include "ChildProcess.h"
 
 #include <Carbon/MacErrors.h>
+#include <Carbon/Files.h>
 #include <Carbon/Processes.h>
 #include <CoreFoundation/CFRuntime.h>
 #include <CoreFoundation/CoreFoundation.h>
@@ -77,8 +78,8 @@ TEST(ProcessInformation, DescribesThisProcess)
 {
     Str255 name;
     ProcessInfoRec info = InfoRecord(name);
-    auto* appRef = reinterpret_cast<FSRef*>(&info);  // any address: it must not be written
-    info.processAppRef = appRef;
+    FSRef application{};
+    info.processAppRef = &application;
     ProcessSerialNumber self{0, kCurrentProcess};
     ASSERT_EQ(GetProcessInformation(&self, &info), noErr);
 
@@ -90,7 +91,9 @@ TEST(ProcessInformation, DescribesThisProcess)
     EXPECT_EQ(info.processLauncher, parent);
     EXPECT_EQ(info.processType, FourCC("APPL"));
     EXPECT_GT(info.processSize, 0u);
-    EXPECT_EQ(info.processAppRef, appRef);
+    FSRef executable;
+    ASSERT_EQ(FSPathMakeRef(reinterpret_cast<const UInt8*>("/proc/self/exe"), &executable, nullptr), noErr);
+    EXPECT_EQ(FSCompareFSRefs(&application, &executable), noErr);
 
     CFStringRef fullName = nullptr;
     ASSERT_EQ(CopyProcessName(&self, &fullName), noErr);
@@ -123,15 +126,24 @@ TEST(ProcessInformation, NamesABundledApplicationAfterItsBundle)
     ChildProcess longName(InstallSleeper(folder.path / "an-executable-name-longer-than-31-bytes"), {"30"});
 
     Str255 name;
+    FSRef application{};
     ProcessInfoRec info = InfoRecord(name);
+    info.processAppRef = &application;
     ProcessSerialNumber psn = bundled.PSN();
     ASSERT_EQ(GetProcessInformation(&psn, &info), noErr);
     EXPECT_EQ(PascalText(name), "Sample Tool");
     EXPECT_EQ(info.processType, FourCC("TEST"));
     EXPECT_EQ(info.processSignature, FourCC("SmTl"));
+    // The application file of a bundled program is its bundle, of a bare one its executable.
+    FSRef expected;
+    ASSERT_EQ(FSPathMakeRef(reinterpret_cast<const UInt8*>(bundle.c_str()), &expected, nullptr), noErr);
+    EXPECT_EQ(FSCompareFSRefs(&application, &expected), noErr);
 
     psn = longName.PSN();
     ASSERT_EQ(GetProcessInformation(&psn, &info), noErr);
+    fs::path bare = folder.path / "an-executable-name-longer-than-31-bytes";
+    ASSERT_EQ(FSPathMakeRef(reinterpret_cast<const UInt8*>(bare.c_str()), &expected, nullptr), noErr);
+    EXPECT_EQ(FSCompareFSRefs(&application, &expected), noErr);
     EXPECT_EQ(info.processSignature, FourCC("????"));
     EXPECT_EQ(PascalText(name), std::string("an-executable-name-longer-than-31-bytes").substr(0, 31));
     CFStringRef fullName = nullptr;
