@@ -1,7 +1,7 @@
 // The volume table, built from /proc/self/mountinfo.
 #include "FSVolumes.h"
 
-#include "CFURLVolumes.h"
+#include <CoreFoundation/CFVolumeNames.h>
 #include "FSNames.h"
 #include "OwnedFd.h"
 

@@ -2,7 +2,7 @@
 // file URLs.
 #include "CFURLEscapes.h"
 #include "CFURLObject.h"
-#include "CFURLVolumes.h"
+#include <CoreFoundation/CFVolumeNames.h>
 #include "StringEncoding.h"
 
 #include <unistd.h>

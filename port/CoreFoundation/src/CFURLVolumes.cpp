@@ -1,5 +1,5 @@
 // Volume names from the mount table.
-#include "CFURLVolumes.h"
+#include <CoreFoundation/CFVolumeNames.h>
 
 #include "StringEncoding.h"
 

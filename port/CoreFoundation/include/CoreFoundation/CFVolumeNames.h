@@ -1,4 +1,5 @@
-// Volume names for colon-separated (HFS style) paths.
+// Volume names for colon-separated (HFS style) paths. A port extension: the File Manager
+// names volumes the same way.
 //
 // Such a path starts with the name of a volume. Linux has mount points rather than volume
 // names, so the port names them itself: the file system mounted at "/" is the startup volume
