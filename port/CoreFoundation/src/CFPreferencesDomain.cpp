@@ -83,8 +83,10 @@ bool Domain::Synchronize()
     if (lock.Locked())
         RemoveAbandonedTemporaries(mLocation.path);
     // Merge onto what is on disk now, not onto what was read earlier, so that keys other
-    // processes wrote in the meantime survive.
-    Refresh(true);
+    // processes wrote in the meantime survive. A file that still has the identity it had when
+    // it was read (same inode, size and times) holds what was read: parsing it again, which
+    // costs as much as the rest of the write for a large domain, would change nothing.
+    Refresh(false);
     return WritePending();
 }
 

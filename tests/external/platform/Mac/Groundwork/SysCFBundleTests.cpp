@@ -1,0 +1,123 @@
+// The bundle wrapper on a bundle built in a temporary folder.
+#include "ExpectThrows.h"
+
+#include <Groundwork/SysWrappers/CoreFoundation/SysCFBundle.h>
+
+#include <stdlib.h>
+
+#include <filesystem>
+#include <fstream>
+#include <optional>
+#include <string>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char* kInfo = R"(<?xml version="1.0" encoding="UTF-8"?>
+<plist version="1.0"><dict>
+  <key>CFBundleIdentifier</key><string>org.spindeck.tests.wrappers</string>
+  <key>CFBundleExecutable</key><string>Wrapped</string>
+  <key>CFBundleDevelopmentRegion</key><string>en</string>
+</dict></plist>
+)";
+
+void Write(const fs::path& inPath, const std::string& inBytes)
+{
+    fs::create_directories(inPath.parent_path());
+    std::ofstream(inPath, std::ios::binary) << inBytes;
+}
+
+class SysCFBundle : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        char folder[] = "/tmp/SysCFBundleTests-XXXXXX";
+        ASSERT_NE(mkdtemp(folder), nullptr);
+        mFolder = folder;
+        const fs::path resources = mFolder / "Wrapped.bundle/Contents/Resources";
+        Write(mFolder / "Wrapped.bundle/Contents/Info.plist", kInfo);
+        Write(resources / "en.lproj/Localizable.strings", "\"Greeting\" = \"Hello\";\n");
+        Write(resources / "fr.lproj/Localizable.strings", "\"Greeting\" = \"Bonjour\";\n");
+        Write(resources / "icon.png", "png");
+        Write(mFolder / "Bare.bundle/Info.plist", "<plist version=\"1.0\"><dict/></plist>");
+        if (const char* language = getenv("LANGUAGE"))
+            mLanguage = language;
+        setenv("LANGUAGE", "fr", 1);
+    }
+    void TearDown() override
+    {
+        if (mLanguage)
+            setenv("LANGUAGE", mLanguage->c_str(), 1);
+        else
+            unsetenv("LANGUAGE");
+        fs::remove_all(mFolder);
+    }
+
+    Gx::CFURL URLOf(const char* inName) const
+    {
+        std::string path = (mFolder / inName).string();
+        return Gx::CFURL(reinterpret_cast<const UInt8*>(path.data()), CFIndex(path.size()), true, nullptr);
+    }
+
+    fs::path mFolder;
+    std::optional<std::string> mLanguage;
+};
+
+TEST_F(SysCFBundle, CreatedBundlesAreAdoptedAndFoundOnesRetained)
+{
+    Gx::CFBundle bundle(URLOf("Wrapped.bundle"));
+    EXPECT_EQ(bundle.GetRetainCount(), 1);
+    Gx::CFBundle found(CFSTR("org.spindeck.tests.wrappers"));
+    EXPECT_TRUE(found.HasSameRef(bundle.GetRefValue()));
+    EXPECT_EQ(bundle.GetRetainCount(), 2);
+
+    ExpectThrows<Gx::RuntimeError>([] { Gx::CFBundle(CFSTR("org.spindeck.tests.nobody")); }, FourCC("cfcr"));
+    ExpectThrows<Gx::RuntimeError>([&] { Gx::CFBundle(URLOf("Missing.bundle")); }, FourCC("cfcr"));
+    ExpectThrows<Gx::RuntimeError>([] { Gx::CFBundle().GetIdentifier(); }, FourCC("cfnr"));
+}
+
+// Every result holds exactly one retain of its own, whether the platform handed one over
+// (its Copy calls: adopted) or kept the object (its Get calls: retained). So a second result
+// of the same object adds one retain, and an object made afresh has exactly one.
+template <class Get>
+void ExpectOneRetainPerResult(Get inGet)
+{
+    auto first = inGet();
+    CFIndex alone = first.GetRetainCount();
+    auto second = inGet();
+    EXPECT_EQ(second.GetRetainCount(), second.HasSameRef(first.GetRefValue()) ? alone + 1 : 1);
+}
+
+TEST_F(SysCFBundle, EveryResultOwnsOneRetain)
+{
+    Gx::CFBundle bundle(URLOf("Wrapped.bundle"));
+    ExpectOneRetainPerResult([&] { return bundle.GetIdentifier(); });
+    ExpectOneRetainPerResult([&] { return bundle.GetGlobalInfoDictionary(); });
+    ExpectOneRetainPerResult([&] { return bundle.GetBundleURL(); });
+    ExpectOneRetainPerResult([&] { return bundle.GetResourcesDirectoryURL(); });
+    ExpectOneRetainPerResult([&] { return bundle.GetResourceURL(CFSTR("icon"), CFSTR("png"), nullptr); });
+    ExpectOneRetainPerResult([&] { return bundle.GetResourceURLsOfType(CFSTR("png"), nullptr); });
+    ExpectOneRetainPerResult([&] { return bundle.GetLocalizedString(CFSTR("Greeting"), nullptr, nullptr); });
+    ExpectOneRetainPerResult([&] { return bundle.GetPreferredLocalizations(); });
+    EXPECT_TRUE(bundle.GetIdentifier() == CFSTR("org.spindeck.tests.wrappers"));
+    EXPECT_FALSE(bundle.GetResourceURL(CFSTR("none"), CFSTR("png"), nullptr).IsValid());
+}
+
+TEST_F(SysCFBundle, LocalizationsAndLocalizedStrings)
+{
+    Gx::CFBundle bundle(URLOf("Wrapped.bundle"));
+    EXPECT_TRUE(bundle.GetLocalizedString(CFSTR("Greeting"), nullptr, nullptr) == CFSTR("Bonjour"));
+    EXPECT_TRUE(bundle.GetLocalizedString(CFSTR("Farewell"), nullptr, nullptr) == CFSTR("Farewell"));
+    EXPECT_TRUE(bundle.GetLocalizedString(CFSTR("Farewell"), CFSTR("Bye"), CFSTR("Other")) == CFSTR("Bye"));
+
+    EXPECT_EQ(bundle.GetBundleLocalizations().GetCount(), 2);
+    Gx::CFArray<CFStringRef> preferred = bundle.GetPreferredLocalizations();
+    ASSERT_EQ(preferred.GetCount(), 1);
+    EXPECT_TRUE(CFEqual(preferred[0], CFSTR("fr")));
+
+    Gx::CFArray<CFStringRef> none = Gx::CFBundle(URLOf("Bare.bundle")).GetPreferredLocalizations();
+    EXPECT_TRUE(none.IsValid() && none.IsEmpty());
+}
+
+}  // namespace
