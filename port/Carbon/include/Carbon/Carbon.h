@@ -10,3 +10,8 @@
 #include <Carbon/Finder.h>
 #include <Carbon/Files.h>
 #include <Carbon/CFURLFSRef.h>
+#include <Carbon/Resources.h>
+#include <Carbon/TextUtils.h>
+#include <Carbon/CFBundleResources.h>
+#include <Carbon/Folders.h>
+#include <Carbon/UnicodeUtilities.h>

@@ -93,6 +93,11 @@ enum : OSStatus {
     errAEEventFailed = -10000,
     errAEPrivilegeError = -10004,  // the sender may not send the event to that process
 
+    // Resource Manager
+    resNotFound = -192,   // no such resource in the files searched
+    resFNotFound = -193,  // no open resource file has that reference number
+    mapReadErr = -199,    // the file's resource map is damaged
+
     // Text Encoding Converter
     kTextUnsupportedEncodingErr = -8738,  // no such encoding, or none for the script information given
     kTextMalformedInputErr = -8739,
