@@ -10,6 +10,7 @@
 #include <Carbon/Finder.h>
 #include <Carbon/Files.h>
 #include <Carbon/CFURLFSRef.h>
+#include <Carbon/LaunchServices.h>
 #include <Carbon/Resources.h>
 #include <Carbon/TextUtils.h>
 #include <Carbon/CFBundleResources.h>

@@ -102,4 +102,27 @@ enum : OSStatus {
     kTextUnsupportedEncodingErr = -8738,  // no such encoding, or none for the script information given
     kTextMalformedInputErr = -8739,
     kTextUndefinedElementErr = -8740,
+
+    // Launch Services
+    kLSAppInTrashErr = -10660,
+    kLSUnknownErr = -10810,
+    kLSNotAnApplicationErr = -10811,
+    kLSNotInitializedErr = -10812,
+    kLSDataUnavailableErr = -10813,
+    kLSApplicationNotFoundErr = -10814,  // nothing is installed that opens the item
+    kLSUnknownTypeErr = -10815,
+    kLSDataTooOldErr = -10816,
+    kLSDataErr = -10817,
+    kLSLaunchInProgressErr = -10818,
+    kLSNotRegisteredErr = -10819,
+    kLSAppDoesNotClaimTypeErr = -10820,
+    kLSAppDoesNotSupportSchemeWarning = -10821,
+    kLSServerCommunicationErr = -10822,
+    kLSCannotSetInfoErr = -10823,
+    kLSNoRegistrationInfoErr = -10824,
+    kLSIncompatibleSystemVersionErr = -10825,
+    kLSNoLaunchPermissionErr = -10826,
+    kLSNoExecutableErr = -10827,         // the program cannot be executed, or the bundle has none
+    kLSNoClassicEnvironmentErr = -10828,
+    kLSMultipleSessionsNotSupportedErr = -10829,
 };
