@@ -2,6 +2,7 @@
 #include "ExpectThrows.h"
 
 #include <Groundwork/SysWrappers/CoreFoundation/SysCFBundle.h>
+#include <Groundwork/SysWrappers/CoreFoundation/SysCFTextUtils.h>
 
 #include <stdlib.h>
 
@@ -28,6 +29,32 @@ void Write(const fs::path& inPath, const std::string& inBytes)
     std::ofstream(inPath, std::ios::binary) << inBytes;
 }
 
+std::string BigEndian(UInt32 inValue, int inWidth)
+{
+    std::string bytes;
+    for (int shift = 8 * (inWidth - 1); shift >= 0; shift -= 8)
+        bytes += char(inValue >> shift);
+    return bytes;
+}
+
+// A resource file with one 'STR#' resource: header, reserved space up to 256, the data, then
+// the map (header copy, its own header, one type, one reference, no names).
+std::string StringListFile(SInt16 inID, std::initializer_list<std::string> inStrings)
+{
+    std::string list = BigEndian(UInt32(inStrings.size()), 2);
+    for (const std::string& text : inStrings)
+        list += char(text.size()) + text;
+    const std::string data = BigEndian(UInt32(list.size()), 4) + list;
+    constexpr UInt32 kMapSize = 28 + 10 + 12;
+    std::string header = BigEndian(256, 4) + BigEndian(256 + UInt32(data.size()), 4) +
+                         BigEndian(UInt32(data.size()), 4) + BigEndian(kMapSize, 4);
+    std::string map = header + std::string(8, '\0') + BigEndian(28, 2) + BigEndian(kMapSize, 2);
+    map += BigEndian(0, 2) + "STR#" + BigEndian(0, 2) + BigEndian(10, 2);
+    map += BigEndian(UInt16(inID), 2) + BigEndian(0xFFFF, 2) + BigEndian(0, 4) + BigEndian(0, 4);
+    header.resize(256, '\0');
+    return header + data + map;
+}
+
 class SysCFBundle : public testing::Test {
 protected:
     void SetUp() override
@@ -40,6 +67,7 @@ protected:
         Write(resources / "en.lproj/Localizable.strings", "\"Greeting\" = \"Hello\";\n");
         Write(resources / "fr.lproj/Localizable.strings", "\"Greeting\" = \"Bonjour\";\n");
         Write(resources / "icon.png", "png");
+        Write(resources / "Wrapped.rsrc", StringListFile(128, {"first", "second"}));
         Write(mFolder / "Bare.bundle/Info.plist", "<plist version=\"1.0\"><dict/></plist>");
         if (const char* language = getenv("LANGUAGE"))
             mLanguage = language;
@@ -118,6 +146,22 @@ TEST_F(SysCFBundle, LocalizationsAndLocalizedStrings)
 
     Gx::CFArray<CFStringRef> none = Gx::CFBundle(URLOf("Bare.bundle")).GetPreferredLocalizations();
     EXPECT_TRUE(none.IsValid() && none.IsEmpty());
+}
+
+TEST_F(SysCFBundle, IndexedStringsComeFromTheOpenResourceMap)
+{
+    Gx::CFBundle bundle(URLOf("Wrapped.bundle"));
+    EXPECT_TRUE(Gx::CFUtils::GetIndString(128, 1) == CFSTR("")) << "nothing open yet";
+    SInt16 file = bundle.OpenResourceMap();
+    ASSERT_NE(file, kResFileNotOpened);
+    EXPECT_TRUE(Gx::CFUtils::GetIndString(128, 2) == CFSTR("second"));
+    EXPECT_TRUE(Gx::CFUtils::GetIndString(128, 3) == CFSTR(""));
+    EXPECT_TRUE(Gx::CFUtils::GetIndString(129, 1) == CFSTR(""));
+    ExpectThrows<Gx::RuntimeError>([] { Gx::CFUtils::GetIndString(128, 1, kCFStringEncodingMacRoman, kCFAllocatorNull); },
+                                   FourCC("cfcr"));
+    bundle.CloseResourceMap(file);
+    EXPECT_TRUE(Gx::CFUtils::GetIndString(128, 1) == CFSTR(""));
+    EXPECT_EQ(Gx::CFBundle(URLOf("Bare.bundle")).OpenResourceMap(), kResFileNotOpened);
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
-// The owning wrapper of a bundle: its information dictionary, folders, resources and
-// localisations.
+// The owning wrapper of a bundle: its information dictionary, folders, resources,
+// localisations and resource map.
 #pragma once
 
 #include <Groundwork/SysWrappers/CoreFoundation/SysCFArray.h>
@@ -8,6 +8,7 @@
 #include <Groundwork/SysWrappers/CoreFoundation/SysCFString.h>
 #include <Groundwork/SysWrappers/CoreFoundation/SysCFURL.h>
 
+#include <Carbon/CFBundleResources.h>
 #include <CoreFoundation/CFBundle.h>
 
 namespace Gx {
@@ -73,6 +74,10 @@ public:
     // Those of the bundle's localisations that the user prefers; an empty array when the
     // bundle has none.
     CFArray<CFStringRef> GetPreferredLocalizations() const;
+
+    // The number of the bundle's resource file, kResFileNotOpened when it has none.
+    SInt16 OpenResourceMap() const { return CFBundleOpenBundleResourceMap(UseRef()); }
+    void CloseResourceMap(SInt16 inRefNum) const { CFBundleCloseBundleResourceMap(UseRef(), inRefNum); }
 };
 
 }  // namespace Gx
