@@ -1,9 +1,9 @@
 // The folder types on the XDG base directories (the user's) and on the installation's folders.
 #include "FolderLocations.h"
-#include "PreferencesLocations.h"
 
 #include <Carbon/Folders.h>
 #include <CoreFoundation/CFPreferences.h>
+#include <CoreFoundation/CFRuntime.h>
 
 #include <pwd.h>
 #include <unistd.h>
@@ -66,11 +66,11 @@ std::string Parent(const std::string& inPath) { return inPath.substr(0, inPath.r
 // that the two never disagree: the folder of the global domain's file.
 std::optional<FolderLocation> PreferencesFolder(CFStringRef inUser, mode_t inMode)
 {
-    std::optional<cf::prefs::DomainLocation> global =
-        cf::prefs::Locate(kCFPreferencesAnyApplication, inUser, kCFPreferencesAnyHost, "FSFindFolder");
-    if (!global)
+    CFStringRef global = _CFPreferencesCopyDomainPath(kCFPreferencesAnyApplication, inUser, kCFPreferencesAnyHost);
+    if (global == nullptr)
         return std::nullopt;
-    std::string folder = Parent(global->path);
+    std::string folder = Parent(cf::UTF8(global));
+    CFRelease(global);
     return FolderLocation{Parent(folder), inMode, folder, inMode};
 }
 

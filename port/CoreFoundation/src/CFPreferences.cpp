@@ -194,3 +194,10 @@ CFArrayRef CFPreferencesCopyKeyList(CFStringRef inApplicationID, CFStringRef inU
         strings.emplace_back(cf::MakeString(key));
     return CFArrayRef(cf::plist::MakeArray(nullptr, strings, kCFPropertyListImmutable));
 }
+
+CFStringRef _CFPreferencesCopyDomainPath(CFStringRef inApplicationID, CFStringRef inUserName, CFStringRef inHostName)
+{
+    std::optional<cf::prefs::DomainLocation> location =
+        cf::prefs::Locate(inApplicationID, inUserName, inHostName, "_CFPreferencesCopyDomainPath");
+    return location ? cf::MakeString(location->path) : nullptr;
+}

@@ -42,3 +42,8 @@ void CFPreferencesSetValue(CFStringRef inKey, CFPropertyListRef inValue, CFStrin
 Boolean CFPreferencesSynchronize(CFStringRef inApplicationID, CFStringRef inUserName, CFStringRef inHostName);
 // The keys of one domain, or NULL when it has none.
 CFArrayRef CFPreferencesCopyKeyList(CFStringRef inApplicationID, CFStringRef inUserName, CFStringRef inHostName);
+
+// A port extension: the POSIX path of the file that keeps a domain's values, or NULL when the
+// arguments name a domain that is not kept here. The Folder Manager answers the preferences
+// folder from it, so that the two never disagree.
+CFStringRef _CFPreferencesCopyDomainPath(CFStringRef inApplicationID, CFStringRef inUserName, CFStringRef inHostName);
