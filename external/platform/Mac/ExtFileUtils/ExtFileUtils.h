@@ -112,9 +112,10 @@ OSErr FSMoveRenameObjectUnicode(const FSRef* inRef, const FSRef* inDestDirectory
 // The same move and rename in one request; dupFNErr when the new name is taken.
 OSErr FSMoveRename(const FSRef* inSourceRef, const FSRef* inDestDirectory, UniCharCount inNameLength,
                    const UniChar* inName, TextEncoding inTextEncodingHint, FSRef* outNewRef);
-// A copy of a file (data fork, resource fork, Finder information and dates) in a folder of
-// the same volume under the given name (NULL or empty: the source's name); the data is
-// copied inside the kernel. outNewRef is optional.
+// A copy of a file (data fork, resource fork, Finder information, dates and lock) in a folder
+// under the given name (NULL or empty: the source's name); the data is copied inside the
+// kernel where it can be. The copy belongs to the caller, as cp's copies do. outNewRef is
+// optional.
 OSErr FSCopyFile(const FSRef* inSourceRef, const FSRef* inDestDirectory, UniCharCount inNameLength,
                  const UniChar* inName, TextEncoding inTextEncodingHint, FSRef* outNewRef);
 // Exchanges two files so that each name holds what the other held. outNewSourceRef receives

@@ -1,6 +1,6 @@
-// File Manager records and constants of the classic parameter-block calls that the extended
-// file utilities answer in their own right: volume attributes, user and group mapping, and
-// the status of a request a volume of this kind cannot carry out.
+// File Manager records and constants of the classic parameter-block calls: volume
+// attributes, user and group mapping, file IDs, and the status of a request a volume of this
+// kind cannot carry out.
 #pragma once
 
 #include <MacTypes.h>
@@ -88,8 +88,41 @@ enum : SInt16 {
 };
 
 enum : OSStatus {
+    fidNotFound = -1300,  // no file has that ID
     // The request is one this kind of volume does not support (shared-folder access
     // privileges, remounting by a record), as classic volumes answered server-only calls.
     wrgVolTypErr = -123,
     afpObjectTypeErr = -5025,  // the request needs a folder and was given a file
 };
+
+// The file-ID requests' parameter block: only the fields named here are read or written.
+struct FIDParam {
+    void* qLink;
+    SInt16 qType;
+    SInt16 ioTrap;
+    Ptr ioCmdAddr;
+    void* ioCompletion;
+    OSErr ioResult;
+    StringPtr ioNamePtr;  // out: the file's name, when not NULL (room for a Str63)
+    SInt16 ioVRefNum;     // in
+    SInt32 filler14;
+    StringPtr ioDestNamePtr;
+    SInt32 filler15;
+    SInt32 ioDestDirID;
+    SInt32 filler16;
+    SInt32 filler17;
+    SInt32 ioSrcDirID;  // out: the folder holding the file
+    SInt16 filler18;
+    SInt32 ioFileID;  // in
+};
+
+union HParamBlockRec {
+    FIDParam fidParam;
+};
+using HParmBlkPtr = HParamBlockRec*;
+
+// The file that a file ID names on a volume: its name, as a file specification gives it, and
+// its folder's directory ID. A file's ID is its node ID, which stays with it through renames
+// and moves; IDs are handed out as this process meets items, so an ID is good for the life of
+// the process. fidNotFound for an ID no item has, notAFileErr for a folder's.
+OSErr PBResolveFileIDRefSync(HParmBlkPtr ioParamBlock);

@@ -1,0 +1,211 @@
+// Queries about one item: parent, name, lock, forks, IDs, names and paths; the default
+// folder; temporary buffers.
+#include "ExtFileUtilsInternal.h"
+#include "ExtFileUtilsTesting.h"
+
+#include <sched.h>
+#include <sys/mount.h>
+#include <sys/wait.h>
+
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+
+using namespace spindeck::test;
+
+using ExtFileUtilsItems = ExtFileUtilsTest;
+
+namespace {
+
+// Whether this process may make a mount namespace of its own, where a read-only volume can be
+// mounted without touching the rest of the system.
+bool CanMountPrivately()
+{
+    pid_t child = ::fork();
+    if (child == 0)
+        ::_exit(::unshare(CLONE_NEWNS) == 0 && ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 ? 0 : 1);
+    int status = 0;
+    return child > 0 && ::waitpid(child, &status, 0) == child && WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+// In a process of its own (the volume table must see the namespace's mounts from the start):
+// a small volume with a locked and a plain file, made read-only, and what FSCheckLock says of
+// each on standard error.
+[[noreturn]] void CheckLockOnReadOnlyVolume()
+{
+    char top[] = "/tmp/extfileutils-ro-XXXXXX";
+    std::string volume = std::string(::mkdtemp(top)) + "/volume";
+    ::mkdir(volume.c_str(), 0755);
+    bool mounted = ::unshare(CLONE_NEWNS) == 0 && ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
+                   ::mount("tmpfs", volume.c_str(), "tmpfs", 0, "size=1m") == 0;
+    WriteFile(volume + "/locked", "x");
+    WriteFile(volume + "/plain", "x");
+    ::chmod((volume + "/locked").c_str(), 0444);
+    mounted = mounted && ::mount(nullptr, volume.c_str(), nullptr, MS_REMOUNT | MS_RDONLY, nullptr) == 0;
+    FSRef locked = RefOf(volume + "/locked"), plain = RefOf(volume + "/plain");
+    std::fprintf(stderr, "mounted %d, locked %d, plain %d\n", int(mounted), FSCheckLock(&locked), FSCheckLock(&plain));
+    ::umount2(volume.c_str(), MNT_DETACH);
+    std::filesystem::remove_all(top);
+    ::_exit(0);
+}
+
+}  // namespace
+
+TEST_F(ExtFileUtilsItems, ParentNameAndVolume)
+{
+    FSRef file = CreateFile(mTop, "file");
+    FSRef parent;
+    ASSERT_EQ(FSGetParentRef(&file, &parent), noErr);
+    EXPECT_EQ(FSCompareFSRefs(&parent, &mTop), noErr);
+    HFSUniStr255 name;
+    ASSERT_EQ(FSGetFileDirName(&file, &name), noErr);
+    EXPECT_EQ(NameOf(name), u"file");
+    FSVolumeRefNum volume = 0;
+    ASSERT_EQ(FSGetVRefNum(&file, &volume), noErr);
+    EXPECT_LT(volume, 0);
+
+    FSRef root = RefOf("/");
+    const FSRef zero{};
+    std::memset(&parent, 0xAB, sizeof parent);
+    ASSERT_EQ(FSGetParentRef(&root, &parent), noErr);
+    EXPECT_EQ(std::memcmp(&parent, &zero, sizeof zero), 0) << "the root's parent is all zero";
+    EXPECT_EQ(FSGetParentRef(&file, nullptr), paramErr);
+}
+
+TEST_F(ExtFileUtilsItems, CheckLockLooksAtTheItemFirst)
+{
+    FSRef file = CreateFile(mTop, "file");
+    EXPECT_EQ(FSCheckLock(&file), noErr);
+    SetLocked(file, true);
+    EXPECT_EQ(FSCheckLock(&file), fLckdErr);
+    SetLocked(file, false);
+
+    // Linux has no software lock on a volume, so that branch is only reachable through flags.
+    EXPECT_EQ(ExtFileUtils::VolumeLockStatus(0), noErr);
+    EXPECT_EQ(ExtFileUtils::VolumeLockStatus(kFSVolFlagSoftwareLockedMask), vLckdErr);
+    EXPECT_EQ(ExtFileUtils::VolumeLockStatus(kFSVolFlagHardwareLockedMask), wPrErr);
+    EXPECT_EQ(ExtFileUtils::VolumeLockStatus(kFSVolFlagHardwareLockedMask | kFSVolFlagSoftwareLockedMask), wPrErr);
+}
+
+// A suite of its own: nothing may touch the File Manager before the volume is mounted.
+TEST(ExtFileUtilsReadOnlyVolume, CheckLockPutsTheItemsLockFirst)
+{
+    if (!CanMountPrivately())
+        GTEST_SKIP() << "no mount namespace of its own for a read-only volume here";
+    EXPECT_EXIT(CheckLockOnReadOnlyVolume(), testing::ExitedWithCode(0), "mounted 1, locked -45, plain -44");
+}
+
+TEST_F(ExtFileUtilsItems, ForkTotals)
+{
+    FSRef file = CreateFile(mTop, "file");
+    WriteFork(file, u"", std::string(100, 'd'));
+    UInt64 logical = 1, physical = 1;
+    ItemCount forks = 9;
+    ASSERT_EQ(FSGetTotalForkSizes(&file, &logical, &physical, &forks), noErr);
+    EXPECT_EQ(forks, 1u);
+    EXPECT_EQ(logical, 100u);
+    EXPECT_GE(physical, 100u);
+
+    WriteFork(file, kResourceFork, std::string(10, 'r'));
+    ASSERT_EQ(FSGetTotalForkSizes(&file, &logical, nullptr, &forks), noErr);
+    EXPECT_EQ(forks, 2u);
+    EXPECT_EQ(logical, 110u);
+    UInt64 data = 0, resource = 0;
+    ASSERT_EQ(FSGetForkSizes(&file, &data, &resource), noErr);
+    EXPECT_EQ(data, 100u);
+    EXPECT_EQ(resource, 10u);
+
+    SInt16 fork = 0;
+    FSRef owner{};
+    ASSERT_EQ(FSOpenFork(&file, 0, nullptr, fsRdPerm, &fork), noErr);
+    EXPECT_EQ(FileRefNumGetFSRef(fork, &owner), noErr);
+    EXPECT_EQ(FSCompareFSRefs(&owner, &file), noErr);
+    FSCloseFork(fork);
+}
+
+TEST_F(ExtFileUtilsItems, FileIDsFollowTheFile)
+{
+    FSRef sub = CreateFolder(mTop, "sub");
+    FSRef file = CreateFile(mTop, "file");
+    SInt32 id = 0;
+    ASSERT_EQ(FSCreateFileIDRef(&file, &id), noErr);
+    std::u16string newName = u"renamed";
+    ASSERT_EQ(FSMoveRenameObjectUnicode(&file, &sub, newName.size(), Chars(newName), kTextEncodingUnknown, nullptr),
+              noErr);
+    FSVolumeRefNum volume = 0;
+    FSGetVRefNum(&file, &volume);
+    FSRef found{};
+    ASSERT_EQ(FSResolveFileIDRef(volume, id, &found), noErr);
+    EXPECT_EQ(FSCompareFSRefs(&found, &file), noErr);
+    EXPECT_EQ(FSCreateFileIDRef(&sub, &id), notAFileErr);
+    EXPECT_EQ(FSResolveFileIDRef(volume, 0x7FFFFFF0, &found), fidNotFound);
+}
+
+TEST_F(ExtFileUtilsItems, SpecificationsPathsAndNames)
+{
+    CreateFile(mTop, "file");
+    FSSpec spec{};
+    Boolean isDirectory = true;
+    std::string path = mFolder.Path("file");
+    ASSERT_EQ(FSPathMakeFSSpec(reinterpret_cast<const UInt8*>(path.c_str()), &spec, &isDirectory), noErr);
+    EXPECT_FALSE(isDirectory);
+    UInt8 made[1024];
+    ASSERT_EQ(FSMakePath(spec.vRefNum, spec.parID, spec.name, made, sizeof made), noErr);
+    EXPECT_EQ(std::string(reinterpret_cast<char*>(made)), path);
+    EXPECT_EQ(FSMakePath(spec.vRefNum, spec.parID, spec.name, made, 4), errFSNameTooLong);
+
+    Str31 hfs;
+    HFSUniStr255 back;
+    std::u16string text = u"caf\u00e9", long28(28, u'v'), han = u"\u6f22";
+    ASSERT_EQ(UnicodeNameGetHFSName(text.size(), Chars(text), kTextEncodingMacRoman, false, hfs), noErr);
+    EXPECT_EQ(std::string(reinterpret_cast<char*>(hfs + 1), hfs[0]), "caf\x8e");
+    ASSERT_EQ(HFSNameGetUnicodeName(hfs, kTextEncodingMacRoman, &back), noErr);
+    EXPECT_EQ(NameOf(back), text);
+    EXPECT_EQ(UnicodeNameGetHFSName(28, Chars(long28), kTextEncodingMacRoman, false, hfs), noErr);
+    EXPECT_EQ(UnicodeNameGetHFSName(28, Chars(long28), kTextEncodingMacRoman, true, hfs), errFSNameTooLong);
+    EXPECT_EQ(UnicodeNameGetHFSName(1, Chars(han), kTextEncodingMacRoman, false, hfs), kTextUndefinedElementErr);
+}
+
+TEST_F(ExtFileUtilsItems, DefaultFolderIsTheCurrentDirectory)
+{
+    FSRef file = CreateFile(mTop, "file");
+    FSRef old{};
+    EXPECT_EQ(FSSetDefault(&file, &old), dirNFErr);
+    ASSERT_EQ(FSSetDefault(&mTop, &old), noErr);
+    FSRef current = RefOf(".");
+    EXPECT_EQ(FSCompareFSRefs(&current, &mTop), noErr);
+    ASSERT_EQ(FSRestoreDefault(&old), noErr);
+    current = RefOf(".");
+    EXPECT_EQ(FSCompareFSRefs(&current, &old), noErr);
+}
+
+TEST_F(ExtFileUtilsItems, TempBufferSizes)
+{
+    using ExtFileUtils::FallbackTempBufferSize;
+    using ExtFileUtils::RoundedTempBufferSize;
+    EXPECT_EQ(RoundedTempBufferSize(0), 4096u);
+    EXPECT_EQ(RoundedTempBufferSize(10000), 8192u);
+    EXPECT_EQ(RoundedTempBufferSize(8192), 8192u);
+    constexpr UInt64 kNoLimit = ~UInt64(0);
+    EXPECT_EQ(FallbackTempBufferSize(1 << 20, kNoLimit), (1u << 20) - 32768);
+    EXPECT_EQ(FallbackTempBufferSize(100000, kNoLimit), 65536u);  // 67,232 rounded down
+    EXPECT_EQ(FallbackTempBufferSize(1 << 30, 50000), 49152u);
+    EXPECT_EQ(FallbackTempBufferSize(20000, kNoLimit), 4096u);
+
+    ByteCount size = 1;
+    Ptr buffer = GetTempBuffer(10000, &size);
+    ASSERT_NE(buffer, nullptr);
+    EXPECT_EQ(size, 8192u);
+    EXPECT_EQ(GetPtrSize(buffer), 8192);
+    DisposePtr(buffer);
+    EXPECT_EQ(GetTempBuffer(10000, nullptr), nullptr);
+    // More than the machine has: whatever free memory allows, in whole steps. Freeing a block
+    // that size would have the sanitizer mark gigabytes.
+    if (kAddressSanitizer)
+        return;
+    buffer = GetTempBuffer(ByteCount(1) << 60, &size);
+    ASSERT_NE(buffer, nullptr);
+    EXPECT_EQ(size % 4096, 0u);
+    EXPECT_LT(size, ByteCount(1) << 60);
+    DisposePtr(buffer);
+}
