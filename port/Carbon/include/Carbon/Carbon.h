@@ -9,6 +9,7 @@
 #include <Carbon/DateTimeUtils.h>
 #include <Carbon/Finder.h>
 #include <Carbon/Files.h>
+#include <Carbon/FilesExtras.h>
 #include <Carbon/CFURLFSRef.h>
 #include <Carbon/LaunchServices.h>
 #include <Carbon/Resources.h>
