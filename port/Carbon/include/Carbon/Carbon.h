@@ -17,3 +17,7 @@
 #include <Carbon/CFBundleResources.h>
 #include <Carbon/Folders.h>
 #include <Carbon/UnicodeUtilities.h>
+#include <Carbon/MacMemory.h>
+#include <Carbon/Processes.h>
+#include <Carbon/AEDataModel.h>
+#include <Carbon/AppleEvents.h>
