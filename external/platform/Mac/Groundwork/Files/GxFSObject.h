@@ -38,7 +38,7 @@ public:
     // folder that cannot be found gives ref_Invalid.
     FSObject(FSVolumeRefNum inVolume, SInt32 inDirID, const HFSUniStr255& inName);
     FSObject(FSVolumeRefNum inVolume, SInt32 inDirID, const CFString& inName);
-    // inEncoding is that of the specification's Pascal name.
+    // inEncoding is that of the FSSpec's Pascal name.
     FSObject(const FSSpec& inSpec, CFStringEncoding inEncoding);
     // A URL or path whose item is missing gives ref_ParentAndName when its folder exists; the
     // last path component is kept as the name even when the folder is missing too.
