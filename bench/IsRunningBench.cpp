@@ -1,0 +1,186 @@
+// Asking whether an application runs: kvx::IsRunning in this process, against running
+// pidof(1) for the same program, which is what a user would otherwise do. Each program looked
+// for is a copy of sleep(1) under a name of its own, started by this benchmark. The second
+// pair runs with 500 more processes alive, started before its program so that the walk, which
+// goes in process-id order, passes all of them before it finds it.
+#include "platform/Mac/utils/MacKvxUtils.h"
+
+#include <benchmark/benchmark.h>
+
+#include <fcntl.h>
+#include <stdlib.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr int kCrowdSize = 500;
+
+// Children that are killed and reaped when this goes, and that die with this program should
+// it end any other way, so that a failed run leaves no crowd behind.
+class Children {
+public:
+    Children() = default;
+    Children(const Children&) = delete;
+    Children& operator=(const Children&) = delete;
+    ~Children()
+    {
+        for (pid_t child : mChildren)
+            ::kill(child, SIGKILL);
+        for (pid_t child : mChildren)
+            ::waitpid(child, nullptr, 0);
+    }
+
+    bool Start(const std::string& inProgram)
+    {
+        pid_t child = ::fork();
+        if (child == 0) {
+            ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+            // Not on this program's output, which a reader may wait on to end.
+            int null = ::open("/dev/null", O_WRONLY);
+            ::dup2(null, STDOUT_FILENO);
+            ::dup2(null, STDERR_FILENO);
+            ::execl(inProgram.c_str(), inProgram.c_str(), "3600", static_cast<char*>(nullptr));
+            ::_exit(127);
+        }
+        if (child < 0)
+            return false;
+        mChildren.push_back(child);
+        return true;
+    }
+
+private:
+    std::vector<pid_t> mChildren;
+};
+
+// A private folder with named copies of sleep.
+class ScratchFolder {
+public:
+    ScratchFolder()
+    {
+        std::string pattern = fs::temp_directory_path().string() + "/isrunning-bench-XXXXXX";
+        if (::mkdtemp(pattern.data()) != nullptr)
+            mPath = pattern;
+    }
+    ~ScratchFolder()
+    {
+        std::error_code ignored;
+        if (!mPath.empty())
+            fs::remove_all(mPath, ignored);
+    }
+    ScratchFolder(const ScratchFolder&) = delete;
+    ScratchFolder& operator=(const ScratchFolder&) = delete;
+
+    // The path of a copy of sleep named inName, or empty.
+    std::string CopyOfSleep(const std::string& inName) const
+    {
+        std::error_code failed;
+        std::string path = mPath + "/" + inName;
+        fs::copy_file("/bin/sleep", path, failed);
+        return mPath.empty() || failed ? std::string() : path;
+    }
+
+private:
+    std::string mPath;
+};
+
+// A running copy of sleep, its name and its URL.
+struct Program {
+    std::string name;
+    std::string path;
+    Gx::CFURL url;
+};
+
+struct Scene {
+    ScratchFolder folder;
+    Children children;
+    std::optional<Program> alone;
+    std::optional<Program> crowded;  // made by the first benchmark that needs it
+
+    std::optional<Program> Start(const std::string& inName)
+    {
+        std::string path = folder.CopyOfSleep(inName);
+        if (path.empty() || !children.Start(path))
+            return std::nullopt;
+        return Program{inName, path, Gx::CFURL(Gx::CFString(path), false, nullptr, kCFURLPOSIXPathStyle)};
+    }
+
+    const std::optional<Program>& Crowded()
+    {
+        if (!crowded) {
+            for (int i = 0; i < kCrowdSize; ++i)
+                if (!children.Start("/bin/sleep"))
+                    return crowded;
+            crowded = Start("isrunning-crowded");
+        }
+        return crowded;
+    }
+};
+
+Scene* sScene = nullptr;
+
+bool FoundByPidof(const std::string& inName)
+{
+    pid_t child = ::fork();
+    if (child == 0) {
+        int null = ::open("/dev/null", O_WRONLY);
+        ::dup2(null, STDOUT_FILENO);
+        ::execlp("pidof", "pidof", inName.c_str(), static_cast<char*>(nullptr));
+        ::_exit(127);
+    }
+    int status = -1;
+    if (child > 0)
+        ::waitpid(child, &status, 0);
+    return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+void FindWithIsRunning(benchmark::State& ioState, const std::optional<Program>& inProgram)
+{
+    if (!inProgram)
+        return ioState.SkipWithError("the program could not be started");
+    for (auto _ : ioState)
+        if (!kvx::IsRunning(inProgram->url, nullptr))
+            ioState.SkipWithError("the program was not found");
+}
+
+void FindWithPidof(benchmark::State& ioState, const std::optional<Program>& inProgram)
+{
+    if (!inProgram)
+        return ioState.SkipWithError("the program could not be started");
+    for (auto _ : ioState)
+        if (!FoundByPidof(inProgram->name))
+            ioState.SkipWithError("the program was not found");
+}
+
+// Wall-clock time: most of what pidof costs is spent in another process.
+void BM_IsRunning(benchmark::State& ioState) { FindWithIsRunning(ioState, sScene->alone); }
+void BM_Pidof(benchmark::State& ioState) { FindWithPidof(ioState, sScene->alone); }
+BENCHMARK(BM_IsRunning)->UseRealTime();
+BENCHMARK(BM_Pidof)->UseRealTime();
+
+void BM_IsRunning_500ExtraProcesses(benchmark::State& ioState) { FindWithIsRunning(ioState, sScene->Crowded()); }
+void BM_Pidof_500ExtraProcesses(benchmark::State& ioState) { FindWithPidof(ioState, sScene->Crowded()); }
+BENCHMARK(BM_IsRunning_500ExtraProcesses)->UseRealTime();
+BENCHMARK(BM_Pidof_500ExtraProcesses)->UseRealTime();
+
+}  // namespace
+
+int main(int argc, char** argv)
+{
+    benchmark::Initialize(&argc, argv);
+    Scene scene;
+    scene.alone = scene.Start("isrunning-alone");
+    sScene = &scene;
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    return 0;
+}

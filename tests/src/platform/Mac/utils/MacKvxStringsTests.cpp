@@ -1,0 +1,104 @@
+#include "platform/Mac/utils/MacKvxUtils.h"
+
+#include <gtest/gtest.h>
+
+#include <spawn.h>
+#include <sys/wait.h>
+
+#include <cstdlib>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+extern char** environ;
+
+namespace {
+
+using namespace std::string_literals;
+
+Gx::CFString Text(const char* inUTF8) { return Gx::CFString(inUTF8, kCFStringEncodingUTF8); }
+
+// The system encoding is fixed when a process first asks for it. A test that needs a
+// single-byte one runs again, alone, in a new copy of this program under the C locale (whose
+// system encoding is Mac Roman), and answers whether it passed there.
+bool PassesUnderTheCLocale()
+{
+    const ::testing::TestInfo* test = ::testing::UnitTest::GetInstance()->current_test_info();
+    std::string filter = "--gtest_filter="s + test->test_suite_name() + "." + test->name();
+    std::string self = "/proc/self/exe";
+    char* argv[] = {self.data(), filter.data(), nullptr};
+    std::vector<char*> environment{const_cast<char*>("LC_ALL=C"), const_cast<char*>("LANG=C")};
+    for (char** variable = environ; *variable != nullptr; ++variable)
+        if (std::string_view(*variable).find("LC_ALL=") != 0 && std::string_view(*variable).find("LANG=") != 0)
+            environment.push_back(*variable);
+    environment.push_back(nullptr);
+    pid_t child = 0;
+    int status = -1;
+    if (::posix_spawn(&child, self.c_str(), nullptr, nullptr, argv, environment.data()) == 0)
+        ::waitpid(child, &status, 0);
+    return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+TEST(MacKvxStrings, ConvCF2SGivesTheConversionTheLengthPlusOneAndNoMore)
+{
+    EXPECT_EQ(kvx::conv_string_CF2S(CFSTR("direct"), kCFStringEncodingUTF8), "direct");
+    EXPECT_EQ(kvx::conv_string_CF2S(Text("made at run time"), kCFStringEncodingUTF8), "made at run time");
+    // One UTF-16 unit that is one byte in Latin 1 fits; two bytes in UTF-8 do not.
+    EXPECT_EQ(kvx::conv_string_CF2S(Text("caf\u00E9"), kCFStringEncodingISOLatin1), "caf\xE9");
+    try {
+        kvx::conv_string_CF2S(Text("caf\u00E9"), kCFStringEncodingUTF8);
+        ADD_FAILURE() << "a UTF-8 form longer than the length must not convert";
+    } catch (const std::logic_error& e) {
+        EXPECT_STREQ(e.what(), "Error converting CFString to std::string.");
+    }
+}
+
+TEST(MacKvxStrings, ConvertToPlatformAndNarrowStringsIsLenient)
+{
+    Gx::CFString empty = kvx::Convert(std::wstring(), kvx::kToCFString);
+    ASSERT_TRUE(empty.IsValid()) << "an empty platform string, not an empty wrapper";
+    EXPECT_EQ(empty.GetLength(), 0);
+    EXPECT_TRUE(kvx::Convert(std::wstring(L"Spindeck 2"), kvx::kToCFString) == CFSTR("Spindeck 2"));
+
+    EXPECT_EQ(kvx::Convert(CFStringRef(nullptr), kvx::kToStdString), "");
+    EXPECT_EQ(kvx::Convert(Text("plain"), kvx::kToStdString), "plain");
+    // No system encoding holds these in one byte each: nothing converts, the length stays.
+    EXPECT_EQ(kvx::Convert(Text("\u4E2D\u6587"), kvx::kToStdString), "\0\0"s);
+}
+
+TEST(MacKvxStrings, WideConvertSignExtendsTheSystemEncodingsBytes)
+{
+    CFStringEncoding system = CFStringGetSystemEncoding();
+    if (system == kCFStringEncodingUTF8) {
+        ASSERT_STRNE(std::getenv("LC_ALL"), "C") << "the C locale did not give a single-byte encoding";
+        EXPECT_TRUE(PassesUnderTheCLocale());
+        return;
+    }
+    // A, and whatever the system encoding writes as 0xE9: È in Mac Roman, é in Latin 1.
+    const UInt8 bytes[] = {0x41, 0xE9};
+    std::wstring wide = kvx::Convert(Gx::CFString(bytes, 2, system, false), kvx::kToStdWString);
+    ASSERT_EQ(wide.size(), 2u);
+    EXPECT_EQ(UInt32(wide[0]), 0x41u);
+    EXPECT_EQ(UInt32(wide[1]), 0xFFFFFFE9u);
+}
+
+// An exception with a reason of its own, as a subclass may give one.
+struct ReasonedError : Gx::RuntimeError {
+    ReasonedError() : RuntimeError(Gx::exceptionID_Runtime, nullptr, Gx::sourceLocation_Nothing) {}
+    StringPtr Why(StringPtr outReason) const override
+    {
+        static const UInt8 kReason[] = "\x0Etoo many turns";
+        std::copy(std::begin(kReason), std::end(kReason), outReason);
+        return outReason;
+    }
+};
+
+TEST(MacKvxStrings, StringValueEndsInTheFirstThreeCharactersOfTheCodeSuffix)
+{
+    EXPECT_EQ(kvx::stringValue(Gx::RuntimeError(Gx::exceptionID_NilReference, "Nil CF reference", {})), "; F");
+    EXPECT_EQ(kvx::stringValue(Gx::LogicError(Gx::exceptionID_Logic, "Invalid CFIndex", {})), "; F");
+    EXPECT_EQ(kvx::stringValue(Gx::OSError(-43, "FSGetCatalogInfo failed", {})), "; F");
+    EXPECT_EQ(kvx::stringValue(ReasonedError()), "too many turns; F");
+}
+
+}  // namespace
