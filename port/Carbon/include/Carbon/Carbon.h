@@ -21,3 +21,4 @@
 #include <Carbon/Processes.h>
 #include <Carbon/AEDataModel.h>
 #include <Carbon/AppleEvents.h>
+#include <Carbon/MacWindows.h>
