@@ -17,6 +17,8 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
+#include <mutex>
+#include <unordered_map>
 
 namespace carbon {
 
@@ -101,6 +103,62 @@ OwnedFd CreateTemporary(int inFolder, std::string& outName)
 
 }  // namespace
 
+namespace {
+
+struct FolderHash {
+    std::size_t operator()(const ItemKey& inKey) const
+    {
+        return std::hash<UInt64>()(UInt64(inKey.inode) * 0x9E3779B97F4A7C15ull ^ UInt64(inKey.device));
+    }
+};
+
+// Counted, since two iterators may list the same folder.
+class FoldersWithoutCompanions {
+public:
+    void Note(const ItemKey& inFolder)
+    {
+        std::lock_guard guard(mLock);
+        ++mFolders[inFolder];
+    }
+    void Forget(const ItemKey& inFolder)
+    {
+        std::lock_guard guard(mLock);
+        if (auto found = mFolders.find(inFolder); found != mFolders.end() && --found->second == 0)
+            mFolders.erase(found);
+    }
+    void ForgetAll()
+    {
+        std::lock_guard guard(mLock);
+        mFolders.clear();
+    }
+    bool Contains(const ItemKey& inFolder)
+    {
+        std::lock_guard guard(mLock);
+        return mFolders.contains(inFolder);
+    }
+
+private:
+    std::mutex mLock;
+    std::unordered_map<ItemKey, int, FolderHash> mFolders;
+};
+
+FoldersWithoutCompanions& Uncompanioned()
+{
+    static FoldersWithoutCompanions folders;
+    return folders;
+}
+
+}  // namespace
+
+void NoteFolderWithoutCompanions(const ItemKey& inFolder) { Uncompanioned().Note(inFolder); }
+void ForgetFolderWithoutCompanions(const ItemKey& inFolder) { Uncompanioned().Forget(inFolder); }
+
+void RemoveCompanionIn(int inFolder, const ItemKey& inFolderKey, std::string_view inItemName)
+{
+    if (!Uncompanioned().Contains(inFolderKey))
+        RemoveCompanion(inFolder, inItemName);
+}
+
 std::string CompanionName(std::string_view inItemName) { return std::string(kCompanionPrefix) + std::string(inItemName); }
 
 Companion ReadCompanion(int inFolder, std::string_view inItemName)
@@ -142,6 +200,8 @@ OSErr WriteCompanion(int inFolder, std::string_view inItemName, const AppleDoubl
         status = LastStatus();
     if (status != noErr)
         ::unlinkat(inFolder, temporary.c_str(), 0);
+    else
+        Uncompanioned().ForgetAll();
     return status;
 }
 
@@ -150,11 +210,14 @@ void MoveCompanion(int inFromFolder, std::string_view inFromName, int inToFolder
     std::string from = CompanionName(inFromName), to = CompanionName(inToName);
     if (::renameat(inFromFolder, from.c_str(), inToFolder, to.c_str()) != 0)
         ::unlinkat(inToFolder, to.c_str(), 0);
+    else
+        Uncompanioned().ForgetAll();
 }
 
 void SwapCompanions(int inFolder1, std::string_view inName1, int inFolder2, std::string_view inName2)
 {
     std::string first = CompanionName(inName1), second = CompanionName(inName2);
+    Uncompanioned().ForgetAll();  // either folder may gain one below
     if (::renameat2(inFolder1, first.c_str(), inFolder2, second.c_str(), RENAME_EXCHANGE) == 0)
         return;
     // Only one of them has a companion (or neither): it moves over.

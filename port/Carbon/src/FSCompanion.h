@@ -3,6 +3,7 @@
 #pragma once
 
 #include "AppleDouble.h"
+#include "FSItemTable.h"
 
 #include <string>
 #include <string_view>
@@ -30,5 +31,15 @@ OSErr WriteCompanion(int inFolder, std::string_view inItemName, const AppleDoubl
 void MoveCompanion(int inFromFolder, std::string_view inFromName, int inToFolder, std::string_view inToName);
 void SwapCompanions(int inFolder1, std::string_view inName1, int inFolder2, std::string_view inName2);
 void RemoveCompanion(int inFolder, std::string_view inItemName);
+
+// Folders whose whole listing, read by an open iterator, held no companion: deleting an item
+// there need not try to remove a companion that is not there, which would cost a failing
+// unlink per item. Any companion written, moved or swapped by this process drops every such
+// note. A companion another process adds while the iterator is open is not seen, and is left
+// behind if its item is deleted.
+void NoteFolderWithoutCompanions(const ItemKey& inFolder);
+void ForgetFolderWithoutCompanions(const ItemKey& inFolder);
+// RemoveCompanion, skipped in a folder noted above.
+void RemoveCompanionIn(int inFolder, const ItemKey& inFolderKey, std::string_view inItemName);
 
 }  // namespace carbon

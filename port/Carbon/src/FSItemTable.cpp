@@ -134,8 +134,11 @@ public:
     OSErr EnterChild(const ItemLocation& inFolder, std::string_view inName, FSRef* outRef, ItemLocation* outLocation)
     {
         std::string name(inName);
+        // The status is read through the new descriptor, so both are of the same item even
+        // when the name is being reused meanwhile.
+        SharedFd handle = Share(::openat(inFolder.Self(), name.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
         struct statx status;
-        if (!StatusAt(inFolder.Self(), name.c_str(), status))
+        if (!handle || !StatusAt(handle->Get(), "", status))
             return LastStatus();
         std::lock_guard guard(mLock);
         Entry& entry = EntryFor(status);
@@ -148,12 +151,32 @@ public:
             entry.path = Join(folder->path, name);
         ItemLocation scratch;
         ItemLocation& location = outLocation ? *outLocation : scratch;
-        bool found =
-            entry.isRoot ? LocateRoot(entry, location) == noErr : TryAt(entry, inFolder.self, inFolder.key, location);
-        if (!found)
-            return fnfErr;
+        if (entry.isRoot) {
+            if (LocateRoot(entry, location) != noErr)
+                return fnfErr;
+        } else {
+            SetHandle(entry, entry.handle ? entry.handle : handle);
+            location = {key, inFolder.self, name, entry.handle, inFolder.key, status, false};
+        }
         Encode(entry, outRef);
         return noErr;
+    }
+
+    bool KnownDeleted(const FSRef& inRef, UInt64 inDropsBefore)
+    {
+        RefBits bits;
+        std::memcpy(&bits, inRef.hidden, sizeof bits);
+        std::lock_guard guard(mLock);
+        if (bits.magic != kRefMagic || mUncertainDrops != inDropsBefore)
+            return false;
+        Entry* entry = Find({dev_t(bits.device), ino_t(bits.inode)});
+        return entry == nullptr || entry->generation != bits.generation;
+    }
+
+    UInt64 UncertainDrops()
+    {
+        std::lock_guard guard(mLock);
+        return mUncertainDrops;
     }
 
     OSErr EnterPath(const std::string& inPath, bool inFollowLeaf, FSRef* outRef)
@@ -283,8 +306,10 @@ private:
             mRecent.push_front(key);
             entry->recent = mRecent.begin();
             entry->recentHandle = mRecentHandles.end();
-            if (mItems.size() > kMostItems)
+            if (mItems.size() > kMostItems) {
+                ++mUncertainDrops;
                 Erase(mItems.at(mRecent.back()));
+            }
         }
         Touch(*entry);
         return *entry;
@@ -499,8 +524,10 @@ private:
         }
         if (!ioEntry.path.empty() && LocateByPath(ioEntry, ioEntry.path, outLocation))
             return noErr;
-        if (!ioEntry.handle)
+        if (!ioEntry.handle) {
+            ++mUncertainDrops;
             Erase(ioEntry);  // nothing is left to find it by
+        }
         return fnfErr;
     }
 
@@ -511,6 +538,8 @@ private:
     std::list<ItemKey> mRecentHandles;  // of the entries that hold a descriptor
     std::size_t mMostDescriptors = MostDescriptors();
     UInt32 mNextGeneration = 1;
+    // Entries dropped while their items may still exist: forgotten, or lost track of.
+    UInt64 mUncertainDrops = 0;
     UInt32 mNextNodeID = kFirstNodeID;
 };
 
@@ -574,6 +603,9 @@ void ItemMoved(const ItemKey& inItem, const ItemKey& inNewFolder, std::string_vi
 }
 
 void ItemDeleted(const ItemKey& inKey) { Items().Deleted(inKey); }
+
+UInt64 UncertainDrops() { return Items().UncertainDrops(); }
+bool KnownDeleted(const FSRef& inRef, UInt64 inDropsBefore) { return Items().KnownDeleted(inRef, inDropsBefore); }
 
 std::string CurrentPath(const ItemLocation& inItem) { return ReadLink(inItem.Self()); }
 

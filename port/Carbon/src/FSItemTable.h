@@ -79,6 +79,13 @@ OSErr RefOfNode(FSVolumeRefNum inVolume, UInt32 inNodeID, FSRef* outRef);
 void ItemMoved(const ItemKey& inItem, const ItemKey& inNewFolder, std::string_view inNewName);
 void ItemDeleted(const ItemKey& inKey);
 
+// Whether the table knows, without looking at the disk, that a reference's item is gone:
+// its entry was dropped as deleted. inDropsBefore is UncertainDrops() read when the
+// reference was made; once entries have been dropped for other reasons since (forgotten to
+// save memory, or lost track of), the answer is false and the disk must be asked.
+UInt64 UncertainDrops();
+bool KnownDeleted(const FSRef& inRef, UInt64 inDropsBefore);
+
 // The item's absolute path as the kernel reports it now; empty when it cannot.
 std::string CurrentPath(const ItemLocation& inItem);
 

@@ -175,7 +175,7 @@ OSErr FSDeleteObject(const FSRef* inRef)
                                                                           : LastStatus();
     if (status != noErr)
         return status;
-    RemoveCompanion(item.Folder(), item.name);
+    RemoveCompanionIn(item.Folder(), item.parentKey, item.name);
     ItemDeleted(item.key);
     return noErr;
 }

@@ -114,6 +114,40 @@ TEST(FilesIterators, DeleteEveryItemWhileIterating)
     EXPECT_EQ(FSCloseIterator(iterator), noErr);
 }
 
+// Deleting through an iterator skips companions only where the listing showed none; one
+// listed, or one this process writes after the iterator opened, still goes with its item.
+TEST(FilesIterators, DeletingItemsTakesTheirCompanionsAlong)
+{
+    TemporaryFolder folder;
+    FSRef container = RefOf(folder.Path());
+    WriteFile(folder.Path("listed"), "");
+    WriteFile(folder.Path("._listed"), "companion");
+    int deepest = 0;
+    ASSERT_EQ(DeleteContents(container, deepest), noErr);
+    EXPECT_FALSE(Exists(folder.Path("._listed")));
+
+    FSRef first = CreateFile(container, "first"), second = CreateFile(container, "second");
+    FSIterator iterator = nullptr;
+    ASSERT_EQ(FSOpenIterator(&container, kFSIterateDelete, &iterator), noErr);
+    ItemCount count = 0;
+    FSRef item;
+    ASSERT_EQ(FSGetCatalogInfoBulk(iterator, 1, &count, nullptr, kFSCatInfoNone, nullptr, &item, nullptr, nullptr),
+              noErr);
+    bool firstWent = FSCompareFSRefs(&item, &first) == noErr;
+    ASSERT_EQ(FSDeleteObject(&item), noErr);
+    FSRef later = firstWent ? second : first;
+    std::string laterName = firstWent ? "second" : "first";
+    FSCatalogInfo info{};
+    reinterpret_cast<FileInfo*>(info.finderInfo)->fileType = 'TEXT';
+    ASSERT_EQ(FSSetCatalogInfo(&later, kFSCatInfoFinderInfo, &info), noErr);
+    ASSERT_TRUE(Exists(folder.Path("._" + laterName)));
+    while (FSGetCatalogInfoBulk(iterator, 1, &count, nullptr, kFSCatInfoNone, nullptr, &item, nullptr, nullptr) == noErr)
+        ASSERT_EQ(FSDeleteObject(&item), noErr);
+    EXPECT_EQ(FSCloseIterator(iterator), noErr);
+    EXPECT_FALSE(Exists(folder.Path("._" + laterName)));
+    EXPECT_FALSE(Exists(folder.Path(laterName)));
+}
+
 TEST(FilesIterators, DeleteATwoThousandLevelTree)
 {
     constexpr int kDepth = 2000;
