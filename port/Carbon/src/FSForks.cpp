@@ -234,6 +234,17 @@ void FillForkInfo(const OpenFork& inFork, FSForkInfo& outInfo)
     }
 }
 
+// Runs inWork on the open fork with that number under the table's lock; rfNumErr when no fork
+// of that number is open.
+template <class Work>
+OSErr WithOpenFork(SInt16 inForkRefNum, Work&& inWork)
+{
+    ForkTable& table = ForkTable::Shared();
+    auto guard = table.Lock();
+    OpenFork* fork = table.Find(inForkRefNum);
+    return fork ? inWork(*fork) : OSErr(rfNumErr);
+}
+
 }  // namespace
 
 OSErr FSGetDataForkName(HFSUniStr255* outDataForkName)
@@ -430,43 +441,34 @@ OSErr FSWriteFork(SInt16 inForkRefNum, UInt16 inPositionMode, SInt64 inPositionO
 
 OSErr FSGetForkPosition(SInt16 inForkRefNum, SInt64* outPosition)
 {
-    ForkTable& table = ForkTable::Shared();
-    auto guard = table.Lock();
-    OpenFork* fork = table.Find(inForkRefNum);
-    if (fork == nullptr)
-        return rfNumErr;
-    if (outPosition == nullptr)
-        return paramErr;
-    *outPosition = fork->mark;
-    return noErr;
+    return WithOpenFork(inForkRefNum, [&](OpenFork& fork) {
+        if (outPosition == nullptr)
+            return OSErr(paramErr);
+        *outPosition = fork.mark;
+        return OSErr(noErr);
+    });
 }
 
 OSErr FSSetForkPosition(SInt16 inForkRefNum, UInt16 inPositionMode, SInt64 inPositionOffset)
 {
-    ForkTable& table = ForkTable::Shared();
-    auto guard = table.Lock();
-    OpenFork* fork = table.Find(inForkRefNum);
-    if (fork == nullptr)
-        return rfNumErr;
-    SInt64 position = PositionOf(*fork, inPositionMode, inPositionOffset);
-    if (position < 0)
-        return posErr;
-    SInt64 size = SizeOf(*fork);
-    fork->mark = std::min(position, size);
-    return position > size ? OSErr(eofErr) : noErr;
+    return WithOpenFork(inForkRefNum, [&](OpenFork& fork) {
+        SInt64 position = PositionOf(fork, inPositionMode, inPositionOffset);
+        if (position < 0)
+            return OSErr(posErr);
+        SInt64 size = SizeOf(fork);
+        fork.mark = std::min(position, size);
+        return position > size ? OSErr(eofErr) : OSErr(noErr);
+    });
 }
 
 OSErr FSGetForkSize(SInt16 inForkRefNum, SInt64* outForkSize)
 {
-    ForkTable& table = ForkTable::Shared();
-    auto guard = table.Lock();
-    OpenFork* fork = table.Find(inForkRefNum);
-    if (fork == nullptr)
-        return rfNumErr;
-    if (outForkSize == nullptr)
-        return paramErr;
-    *outForkSize = SizeOf(*fork);
-    return noErr;
+    return WithOpenFork(inForkRefNum, [&](OpenFork& fork) {
+        if (outForkSize == nullptr)
+            return OSErr(paramErr);
+        *outForkSize = SizeOf(fork);
+        return OSErr(noErr);
+    });
 }
 
 OSErr FSSetForkSize(SInt16 inForkRefNum, UInt16 inPositionMode, SInt64 inPositionOffset)
