@@ -12,11 +12,13 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <list>
 #include <mutex>
+#include <optional>
 #include <unordered_map>
 
 namespace carbon {
@@ -117,30 +119,42 @@ struct Entry {
 
 class Table {
 public:
-    OSErr Locate(const FSRef* inRef, ItemLocation& outLocation)
+    OSErr Locate(const FSRef* inRef, ItemLocation& outLocation, Tracking inTracking)
     {
         RefBits bits;
         std::memcpy(&bits, inRef->hidden, sizeof bits);
         if (bits.magic != kRefMagic)
             return errFSBadFSRef;
         std::lock_guard guard(mLock);
+        std::optional<JustRead> justRead = std::exchange(mJustRead, std::nullopt);
         Entry* entry = Find({dev_t(bits.device), ino_t(bits.inode)});
         if (entry == nullptr || entry->generation != bits.generation)
             return fnfErr;
         Touch(*entry);
-        return LocateEntry(*entry, outLocation, 0);
+        if (inTracking == Tracking::kByName && justRead && justRead->key == entry->key &&
+            justRead->generation == entry->generation &&
+            std::chrono::steady_clock::now() - justRead->readAt < kJustReadLifetime &&
+            LocateAsJustRead(*entry, justRead->status, outLocation))
+            return noErr;
+        return LocateEntry(*entry, outLocation, 0, inTracking);
     }
 
-    OSErr EnterChild(const ItemLocation& inFolder, std::string_view inName, FSRef* outRef, ItemLocation* outLocation)
+    OSErr EnterChild(const ItemLocation& inFolder, std::string_view inName, FSRef* outRef, ItemLocation* outLocation,
+                     Tracking inTracking)
     {
         std::string name(inName);
-        // The status is read through the new descriptor, so both are of the same item even
-        // when the name is being reused meanwhile.
-        SharedFd handle = Share(::openat(inFolder.Self(), name.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
+        SharedFd handle;
         struct statx status;
-        if (!handle || !StatusAt(handle->Get(), "", status))
+        if (inTracking == Tracking::kByName && !StatusAt(inFolder.Self(), name.c_str(), status))
             return LastStatus();
-        std::lock_guard guard(mLock);
+        if (inTracking == Tracking::kFollowMoves || S_ISDIR(status.stx_mode)) {
+            // The status is read through the new descriptor, so both are of the same item
+            // even when the name is being reused meanwhile.
+            handle = Share(::openat(inFolder.Self(), name.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
+            if (!handle || !StatusAt(handle->Get(), "", status))
+                return LastStatus();
+        }
+        auto guard = Lock();
         Entry& entry = EntryFor(status);
         ItemKey key = KeyOf(status);
         entry.isRoot = S_ISDIR(status.stx_mode) && IsRootPair(key, inFolder.key);
@@ -157,6 +171,8 @@ public:
         } else {
             SetHandle(entry, entry.handle ? entry.handle : handle);
             location = {key, inFolder.self, name, entry.handle, inFolder.key, status, false};
+            if (inTracking == Tracking::kByName && !handle)
+                mJustRead = JustRead{key, entry.generation, status, std::chrono::steady_clock::now()};
         }
         Encode(entry, outRef);
         return noErr;
@@ -185,7 +201,7 @@ public:
         struct statx status;
         if (!handle || !StatusAt(handle->Get(), "", status))
             return LastStatus();
-        std::lock_guard guard(mLock);
+        auto guard = Lock();
         Entry& entry = EntryFor(status);
         if (!entry.handle)
             SetHandle(entry, handle);
@@ -202,7 +218,7 @@ public:
             std::memset(outParentRef, 0, sizeof *outParentRef);
             return noErr;
         }
-        std::lock_guard guard(mLock);
+        auto guard = Lock();
         Entry* parent = ParentEntry(inItem);
         if (parent == nullptr)
             return fnfErr;
@@ -212,7 +228,7 @@ public:
 
     void Ref(const ItemLocation& inItem, FSRef* outRef)
     {
-        std::lock_guard guard(mLock);
+        auto guard = Lock();
         Encode(Adopt(inItem), outRef);
     }
 
@@ -220,7 +236,7 @@ public:
     {
         if (inItem.isRoot)
             return fsRtDirID;
-        std::lock_guard guard(mLock);
+        auto guard = Lock();
         return NodeIDLocked(Adopt(inItem));
     }
 
@@ -228,7 +244,7 @@ public:
     {
         if (inItem.isRoot)
             return fsRtParID;
-        std::lock_guard guard(mLock);
+        auto guard = Lock();
         Entry* parent = ParentEntry(inItem);
         return parent == nullptr ? 0 : parent->isRoot ? UInt32(fsRtDirID) : NodeIDLocked(*parent);
     }
@@ -241,13 +257,13 @@ public:
                 return nsvErr;
             return volume->mountPoint.empty() ? OSErr(fnfErr) : EnterPath(volume->mountPoint, true, outRef);
         }
-        std::lock_guard guard(mLock);
+        auto guard = Lock();
         auto node = mNodes.find(inNodeID);
         Entry* entry = node == mNodes.end() ? nullptr : Find(node->second);
         if (entry == nullptr || VolumeRefNumOf(entry->key.device) != inVolume)
             return fnfErr;
         ItemLocation location;
-        if (OSErr status = LocateEntry(*entry, location, 0); status != noErr)
+        if (OSErr status = LocateEntry(*entry, location, 0, Tracking::kFollowMoves); status != noErr)
             return status;
         Encode(Adopt(location), outRef);
         return noErr;
@@ -255,7 +271,7 @@ public:
 
     void Moved(const ItemKey& inItem, const ItemKey& inNewFolder, std::string_view inNewName)
     {
-        std::lock_guard guard(mLock);
+        auto guard = Lock();
         Entry* entry = Find(inItem);
         if (entry == nullptr)
             return;
@@ -268,12 +284,43 @@ public:
 
     void Deleted(const ItemKey& inKey)
     {
-        std::lock_guard guard(mLock);
+        auto guard = Lock();
         if (Entry* entry = Find(inKey))
             Erase(*entry);
     }
 
 private:
+    // The status read for the item a delete iterator returned last. The usual delete loop
+    // deletes each item right after reading it, and looking the name up a second time
+    // would add a third to the cost of a recursive delete; like rm, the deletion trusts
+    // the listing it was just given. Any other use of the table drops it, since that may
+    // have changed the item (its lock, its name), and so does a pause longer than a
+    // moment; another process can change an item between any look at it and the deletion
+    // that follows, kept status or not.
+    struct JustRead {
+        ItemKey key;
+        UInt32 generation;
+        struct statx status;
+        std::chrono::steady_clock::time_point readAt;
+    };
+    static constexpr std::chrono::milliseconds kJustReadLifetime{10};
+
+    std::unique_lock<std::mutex> Lock()
+    {
+        std::unique_lock guard(mLock);
+        mJustRead.reset();
+        return guard;
+    }
+
+    bool LocateAsJustRead(const Entry& inEntry, const struct statx& inStatus, ItemLocation& outLocation)
+    {
+        Entry* parent = inEntry.hasParent ? Find(inEntry.parent) : nullptr;
+        if (parent == nullptr || !parent->handle)
+            return false;
+        outLocation = {inEntry.key, parent->handle, inEntry.name, inEntry.handle, parent->key, inStatus, false};
+        return true;
+    }
+
     Entry* Find(const ItemKey& inKey)
     {
         auto found = mItems.find(inKey);
@@ -395,14 +442,15 @@ private:
 
     // The item, if it still has the entry's name in inFolder. The folder's descriptor is
     // taken by value: making room for the item's own may close the table's copy of it.
-    bool TryAt(Entry& ioEntry, SharedFd inFolder, const ItemKey& inFolderKey, ItemLocation& outLocation)
+    bool TryAt(Entry& ioEntry, SharedFd inFolder, const ItemKey& inFolderKey, ItemLocation& outLocation,
+               Tracking inTracking = Tracking::kFollowMoves)
     {
         struct statx status;
         if (!inFolder || !StatusAt(inFolder->Get(), ioEntry.name.c_str(), status) || !Matches(ioEntry, status))
             return false;
         if (ioEntry.handle) {
             SetHandle(ioEntry, ioEntry.handle);
-        } else {
+        } else if (inTracking == Tracking::kFollowMoves || S_ISDIR(status.stx_mode)) {
             SharedFd handle = Share(::openat(inFolder->Get(), ioEntry.name.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
             struct statx opened;
             if (!handle || !StatusAt(handle->Get(), "", opened) || !Matches(ioEntry, opened))
@@ -446,7 +494,8 @@ private:
             Touch(*item);
     }
 
-    bool LocateByPath(Entry& ioEntry, const std::string& inPath, ItemLocation& outLocation)
+    bool LocateByPath(Entry& ioEntry, const std::string& inPath, ItemLocation& outLocation,
+                      Tracking inTracking = Tracking::kFollowMoves)
     {
         std::string folderPath = FolderOf(inPath);
         std::string name = inPath.substr(std::min(inPath.size(), inPath.rfind('/') + 1));
@@ -462,7 +511,7 @@ private:
             return LocateRoot(ioEntry, outLocation) == noErr;
         ioEntry.name = name;
         NoteParent(ioEntry, folder, folderStatus);
-        return TryAt(ioEntry, folder, KeyOf(folderStatus), outLocation);
+        return TryAt(ioEntry, folder, KeyOf(folderStatus), outLocation, inTracking);
     }
 
     // A folder's ".." is its parent wherever it was moved.
@@ -486,12 +535,12 @@ private:
     // Tries the cheap ways first: the folder it was last seen in, its own ".." for a folder,
     // the kernel's path of its descriptor; then its folder found again the same way; last
     // the path it had.
-    OSErr LocateEntry(Entry& ioEntry, ItemLocation& outLocation, int inDepth)
+    OSErr LocateEntry(Entry& ioEntry, ItemLocation& outLocation, int inDepth, Tracking inTracking)
     {
         if (ioEntry.isRoot)
             return LocateRoot(ioEntry, outLocation);
         Entry* parent = ioEntry.hasParent ? Find(ioEntry.parent) : nullptr;
-        if (parent && parent->handle && TryAt(ioEntry, parent->handle, parent->key, outLocation))
+        if (parent && parent->handle && TryAt(ioEntry, parent->handle, parent->key, outLocation, inTracking))
             return noErr;
         OSErr status = fnfErr;
         if (ioEntry.handle && ioEntry.isFolder && LocateThroughDotDot(ioEntry, outLocation, status))
@@ -510,19 +559,20 @@ private:
         if (parent && inDepth < kDeepestSearch) {
             ItemKey key = ioEntry.key;
             ItemLocation folder;
-            if (LocateEntry(*parent, folder, inDepth + 1) == noErr) {
+            if (LocateEntry(*parent, folder, inDepth + 1, Tracking::kFollowMoves) == noErr) {
                 Entry* entry = Find(key);
                 if (entry == nullptr)
                     return fnfErr;
-                if (TryAt(*entry, folder.self, folder.key, outLocation))
+                if (TryAt(*entry, folder.self, folder.key, outLocation, inTracking))
                     return noErr;
             }
             Entry* entry = Find(key);
             if (entry == nullptr)
                 return fnfErr;
-            return entry->path.empty() || !LocateByPath(*entry, entry->path, outLocation) ? OSErr(fnfErr) : noErr;
+            return entry->path.empty() || !LocateByPath(*entry, entry->path, outLocation, inTracking) ? OSErr(fnfErr)
+                                                                                                         : noErr;
         }
-        if (!ioEntry.path.empty() && LocateByPath(ioEntry, ioEntry.path, outLocation))
+        if (!ioEntry.path.empty() && LocateByPath(ioEntry, ioEntry.path, outLocation, inTracking))
             return noErr;
         if (!ioEntry.handle) {
             ++mUncertainDrops;
@@ -532,6 +582,7 @@ private:
     }
 
     std::mutex mLock;
+    std::optional<JustRead> mJustRead;
     std::unordered_map<ItemKey, Entry, KeyHash> mItems;
     std::unordered_map<UInt32, ItemKey> mNodes;
     std::list<ItemKey> mRecent;         // most recently used first
@@ -562,12 +613,16 @@ ItemKey KeyOf(const struct statx& inStatus)
     return {makedev(inStatus.stx_dev_major, inStatus.stx_dev_minor), ino_t(inStatus.stx_ino)};
 }
 
-OSErr LocateItem(const FSRef* inRef, ItemLocation& outLocation) { return Items().Locate(inRef, outLocation); }
+OSErr LocateItem(const FSRef* inRef, ItemLocation& outLocation, Tracking inTracking)
+{
+    return Items().Locate(inRef, outLocation, inTracking);
+}
 
-OSErr EnterChild(const ItemLocation& inFolder, std::string_view inName, FSRef* outRef, ItemLocation* outLocation)
+OSErr EnterChild(const ItemLocation& inFolder, std::string_view inName, FSRef* outRef, ItemLocation* outLocation,
+                 Tracking inTracking)
 {
     FSRef scratch;
-    return Items().EnterChild(inFolder, inName, outRef ? outRef : &scratch, outLocation);
+    return Items().EnterChild(inFolder, inName, outRef ? outRef : &scratch, outLocation, inTracking);
 }
 
 OSErr EnterPath(const std::string& inPath, bool inFollowLeaf, FSRef* outRef)

@@ -29,6 +29,14 @@ struct ItemKey {
 
 using SharedFd = std::shared_ptr<const OwnedFd>;
 
+// Whether finding an item gives it a descriptor of its own. The descriptor is what lets a
+// reference follow its item through renames and moves by other processes. An item that is
+// about to be deleted does not need one, and opening and closing one would be a large
+// share of a recursive delete's cost; such an item is found by its folder and name, and a
+// reference to it answers fnfErr if another process moves it away before it is used.
+// Folders always get a descriptor: listing and deleting them goes through it.
+enum class Tracking { kFollowMoves, kByName };
+
 // Where a referenced item is now: the folder holding it and its name there, so that every
 // operation can use the *at() calls without building a path (the path of an item deep in a
 // tree can be longer than the kernel accepts). For a volume's root folder, folder is the
@@ -37,7 +45,7 @@ struct ItemLocation {
     ItemKey key;
     SharedFd folder;  // O_PATH
     std::string name;
-    SharedFd self;  // O_PATH
+    SharedFd self;  // O_PATH; null for an item other than a folder found Tracking::kByName
     ItemKey parentKey;  // of the folder the item is in; its own key for a volume's root
     struct statx status;
     bool isRoot = false;
@@ -52,11 +60,12 @@ struct ItemLocation {
 
 // The item that a reference names, found again. errFSBadFSRef for bytes that are not a
 // reference, fnfErr for an item that no longer exists.
-OSErr LocateItem(const FSRef* inRef, ItemLocation& outLocation);
+OSErr LocateItem(const FSRef* inRef, ItemLocation& outLocation, Tracking inTracking = Tracking::kFollowMoves);
 
 // The reference of the item inName in an already located folder (not following a symbolic
 // link); outLocation may be NULL.
-OSErr EnterChild(const ItemLocation& inFolder, std::string_view inName, FSRef* outRef, ItemLocation* outLocation);
+OSErr EnterChild(const ItemLocation& inFolder, std::string_view inName, FSRef* outRef, ItemLocation* outLocation,
+                 Tracking inTracking = Tracking::kFollowMoves);
 // The reference of the item at a path; the last component is followed when inFollowLeaf.
 OSErr EnterPath(const std::string& inPath, bool inFollowLeaf, FSRef* outRef);
 // The reference of the folder that holds a located item; all zero for a volume's root.

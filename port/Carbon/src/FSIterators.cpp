@@ -31,12 +31,14 @@
 
 namespace {
 
-constexpr std::size_t kListingBuffer = 8192;
+constexpr std::size_t kListingBuffer = 32768;
+// A delete iterator reads a listing up to this size whole, once.
+constexpr std::size_t kMostListingKept = std::size_t(1) << 20;
 
 // The open state of an iterator that was used recently.
 struct Listing {
     carbon::ItemLocation folder;  // self is the listing's own descriptor
-    std::unique_ptr<char[]> buffer{new char[kListingBuffer]};  // new[] aligns for dirent64
+    std::vector<char> buffer = std::vector<char>(kListingBuffer);  // operator new aligns for dirent64
     ssize_t length = 0;
     ssize_t at = 0;
     bool atEnd = false;  // nothing follows what is in the buffer
@@ -150,30 +152,36 @@ bool HoldsCompanion(const char* inBuffer, ssize_t inLength)
 }
 
 // Reads the whole listing once, so that deleting its items need not try to remove
-// companions that are not there. A listing that fits the buffer is kept as the first batch.
+// companions that are not there. A listing that fits kMostListingKept is kept as the
+// iterator's batch; a longer one is only looked through, and read again from the start.
 void ScanForCompanions(OpaqueFSIterator& ioIterator, Listing& ioListing)
 {
     int folder = ioListing.folder.Self();
-    ssize_t length = ::getdents64(folder, ioListing.buffer.get(), kListingBuffer);
-    if (length <= 0 || HoldsCompanion(ioListing.buffer.get(), length)) {
-        ::lseek(folder, 0, SEEK_SET);
-        return;
-    }
-    ioListing.length = length;
-    alignas(dirent64) char more[kListingBuffer];
-    bool rest = false;
-    while ((length = ::getdents64(folder, more, sizeof more)) > 0) {
-        rest = true;
-        if (HoldsCompanion(more, length))
+    std::vector<char>& buffer = ioListing.buffer;
+    ssize_t length = 0, read = 0;
+    bool companions = false, whole = true;
+    while ((read = ::getdents64(folder, buffer.data() + length, buffer.size() - length)) > 0) {
+        companions = companions || HoldsCompanion(buffer.data() + length, read);
+        length += read;
+        if (buffer.size() - std::size_t(length) >= kListingBuffer)
+            continue;
+        if (buffer.size() < kMostListingKept) {
+            buffer.resize(buffer.size() * 2);
+            continue;
+        }
+        whole = false;
+        if (companions)
             break;
+        length = 0;
     }
-    if (length < 0 || rest) {
-        ioListing.length = 0;
+    if (read < 0 || !whole) {
         ::lseek(folder, 0, SEEK_SET);
+        buffer.resize(kListingBuffer);
     } else {
+        ioListing.length = length;
         ioListing.atEnd = true;
     }
-    if (length == 0) {
+    if (read == 0 && !companions) {
         ioIterator.withoutCompanions = true;
         ioIterator.folderKey = ioListing.folder.key;
         NoteFolderWithoutCompanions(ioIterator.folderKey);
@@ -208,7 +216,7 @@ OSErr ReadNames(OpaqueFSIterator& ioIterator, std::size_t inCount, std::vector<s
     while (outNames.size() < inCount) {
         if (listing.at >= listing.length) {
             ssize_t length =
-                listing.atEnd ? 0 : ::getdents64(listing.folder.Self(), listing.buffer.get(), kListingBuffer);
+                listing.atEnd ? 0 : ::getdents64(listing.folder.Self(), listing.buffer.data(), listing.buffer.size());
             if (length < 0)
                 return LastStatus();
             listing.at = 0;
@@ -225,7 +233,7 @@ OSErr ReadNames(OpaqueFSIterator& ioIterator, std::size_t inCount, std::vector<s
                 continue;
             }
         }
-        const auto* entry = reinterpret_cast<const dirent64*>(listing.buffer.get() + listing.at);
+        const auto* entry = reinterpret_cast<const dirent64*>(listing.buffer.data() + listing.at);
         listing.at += entry->d_reclen;
         ioIterator.position = entry->d_off;
         if (Listed(entry->d_name) && !ioIterator.leftInPlace.contains(entry->d_name))
@@ -261,11 +269,13 @@ OSErr ReadItems(OpaqueFSIterator& ioIterator, ItemCount inMaximumObjects, ItemCo
     std::vector<std::string> names;
     if (OSErr error = ReadNames(ioIterator, inMaximumObjects, names); error != noErr && names.empty())
         return error;
+    // What a delete iterator returns is about to be deleted, and need not be followed.
+    Tracking tracking = ioIterator.forDeletion ? Tracking::kByName : Tracking::kFollowMoves;
     ItemCount count = 0;
     for (std::string& name : names) {
         ItemLocation item;
         FSRef ref;
-        if (EnterChild(container, name, &ref, &item) != noErr)
+        if (EnterChild(container, name, &ref, &item, tracking) != noErr)
             continue;  // gone since it was listed
         if (outRefs)
             outRefs[count] = ref;

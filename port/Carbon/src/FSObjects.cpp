@@ -164,7 +164,7 @@ OSErr FSDeleteObject(const FSRef* inRef)
     if (inRef == nullptr)
         return paramErr;
     ItemLocation item;
-    if (OSErr status = LocateItem(inRef, item); status != noErr)
+    if (OSErr status = LocateItem(inRef, item, Tracking::kByName); status != noErr)
         return status;
     if (OSErr status = CheckChangeable(item); status != noErr)
         return status;

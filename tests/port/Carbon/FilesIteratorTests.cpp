@@ -148,6 +148,55 @@ TEST(FilesIterators, DeletingItemsTakesTheirCompanionsAlong)
     EXPECT_FALSE(Exists(folder.Path(laterName)));
 }
 
+// An item a delete iterator returns is found by name, and what was read for it stands only
+// for a deletion that follows at once. A change made by another call in between, or by
+// another program meanwhile, is seen. (Renames through libc here stand for another program:
+// the File Manager cannot tell them apart.)
+TEST(FilesIterators, WhatADeleteIteratorReadIsCheckedAgainAfterAnythingElse)
+{
+    TemporaryFolder folder;
+    FSRef container = RefOf(folder.Path());
+    for (const char* name : {"a", "b", "c", "d"})
+        WriteFile(folder.Path(name), name);
+    FSIterator iterator = nullptr;
+    ASSERT_EQ(FSOpenIterator(&container, kFSIterateDelete, &iterator), noErr);
+    auto next = [&](std::string& outName) {
+        ItemCount count = 0;
+        FSRef item{};
+        HFSUniStr255 name;
+        EXPECT_EQ(FSGetCatalogInfoBulk(iterator, 1, &count, nullptr, kFSCatInfoNone, nullptr, &item, nullptr, &name),
+                  noErr);
+        std::u16string units = NameOf(name);
+        outName.assign(units.begin(), units.end());
+        return item;
+    };
+    std::string name;
+    FSRef locked = next(name);
+    SetLocked(locked, true);
+    EXPECT_EQ(FSDeleteObject(&locked), fLckdErr);
+    EXPECT_TRUE(Exists(folder.Path(name)));
+
+    FSRef renamed = next(name);
+    std::u16string newName = u"renamed";
+    ASSERT_EQ(FSRenameUnicode(&renamed, newName.size(), Chars(newName), kTextEncodingUnknown, nullptr), noErr);
+    EXPECT_EQ(FSDeleteObject(&renamed), noErr);
+    EXPECT_FALSE(Exists(folder.Path("renamed")));
+
+    FSRef movedAway = next(name);
+    ASSERT_EQ(::rename(folder.Path(name).c_str(), folder.Path("elsewhere").c_str()), 0);
+    EXPECT_EQ(FSDeleteObject(&movedAway), fnfErr);
+    EXPECT_TRUE(Exists(folder.Path("elsewhere")));
+
+    FSRef replaced = next(name);
+    ::usleep(50000);
+    ASSERT_EQ(::rename(folder.Path(name).c_str(), folder.Path("original").c_str()), 0);
+    WriteFile(folder.Path(name), "a newcomer under the same name");
+    EXPECT_EQ(FSDeleteObject(&replaced), fnfErr);
+    EXPECT_EQ(ReadFile(folder.Path(name)), "a newcomer under the same name");
+    EXPECT_EQ(FSCloseIterator(iterator), noErr);
+    SetLocked(locked, false);
+}
+
 TEST(FilesIterators, DeleteATwoThousandLevelTree)
 {
     constexpr int kDepth = 2000;
