@@ -22,7 +22,6 @@ using namespace carbon;
 
 namespace {
 
-constexpr std::u16string_view kResourceForkName = u"RESOURCE_FORK";
 // The Resource Manager addresses a fork with 24-bit offsets; nothing larger is kept.
 constexpr SInt64 kLargestResourceFork = 16 << 20;
 
@@ -246,22 +245,6 @@ OSErr WithOpenFork(SInt16 inForkRefNum, Work&& inWork)
 }
 
 }  // namespace
-
-OSErr FSGetDataForkName(HFSUniStr255* outDataForkName)
-{
-    if (outDataForkName == nullptr)
-        return paramErr;
-    outDataForkName->length = 0;
-    return noErr;
-}
-
-OSErr FSGetResourceForkName(HFSUniStr255* outResourceForkName)
-{
-    if (outResourceForkName == nullptr)
-        return paramErr;
-    SetHFSName(kResourceForkName, *outResourceForkName);
-    return noErr;
-}
 
 OSErr FSCreateFork(const FSRef* inRef, UniCharCount inForkNameLength, const UniChar* inForkName)
 {

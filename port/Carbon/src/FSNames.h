@@ -15,6 +15,9 @@ inline constexpr std::string_view kCompanionPrefix = "._";
 
 bool IsReservedName(std::string_view inDiskName);
 
+// The platform's names of the two forks: the data fork's is empty.
+inline constexpr std::u16string_view kResourceForkName = u"RESOURCE_FORK";
+
 // The disk form of a name given to create or rename an item, after checking that it can be
 // one: errFSMissingName, errFSNameTooLong (more than 255 units) or bdNamErr.
 OSErr DiskNameForNewItem(std::span<const UniChar> inName, std::string& outDiskName);
