@@ -2,15 +2,20 @@
 #include "FSItemTable.h"
 #include "FSNames.h"
 #include "FSVolumes.h"
+#include "OwnedFd.h"
 #include "UTCDates.h"
 
 #include <Carbon/MacErrors.h>
 
+#include <fcntl.h>
 #include <sys/statvfs.h>
+#include <sys/sysmacros.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstring>
 #include <limits>
+#include <string>
 
 using namespace carbon;
 
@@ -33,6 +38,24 @@ void FillDates(const VolumeRecord& inVolume, FSVolumeInfoBitmap inWhichInfo, FSV
         outInfo.checkedDate = {};
 }
 
+// Whether the block device under a volume refuses writes: write-protected media, or a disk
+// image attached read-only. Volumes without one (tmpfs, network shares) are not.
+bool MediaIsReadOnly(dev_t inDevice)
+{
+    std::string path = "/sys/dev/block/" + std::to_string(major(inDevice)) + ":" + std::to_string(minor(inDevice)) + "/ro";
+    char flag = '0';
+    OwnedFd file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    return file && ::read(file.Get(), &flag, 1) == 1 && flag == '1';
+}
+
+// The lock of a volume mounted read-only. Media that cannot be written are what the
+// platform calls locked by hardware; a read-only mount of media that could be written is a
+// lock set in software, the platform's software lock.
+UInt16 LockOf(dev_t inDevice)
+{
+    return MediaIsReadOnly(inDevice) ? kFSVolFlagHardwareLockedMask : kFSVolFlagSoftwareLockedMask;
+}
+
 void FillSpace(const VolumeRecord& inVolume, FSVolumeInfoBitmap inWhichInfo, FSVolumeInfo& outInfo)
 {
     struct statvfs space{};
@@ -48,11 +71,8 @@ void FillSpace(const VolumeRecord& inVolume, FSVolumeInfoBitmap inWhichInfo, FSV
         outInfo.totalBlocks = Clamp32(space.f_blocks);
         outInfo.freeBlocks = Clamp32(space.f_bavail);
     }
-    // A read-only mount refuses every write whoever asks, as a disk with its write-protect
-    // tab set does, so it reports as locked by hardware. Nothing on Linux corresponds to the
-    // platform's software lock, which a user sets on a writable volume; it stays clear.
     if (inWhichInfo & kFSVolInfoFlags)
-        outInfo.flags = (space.f_flag & ST_RDONLY) ? kFSVolFlagHardwareLockedMask : 0;
+        outInfo.flags = (space.f_flag & ST_RDONLY) ? LockOf(inVolume.device) : 0;
 }
 
 void FillInfo(const VolumeRecord& inVolume, FSVolumeInfoBitmap inWhichInfo, FSVolumeInfo& outInfo)

@@ -1,4 +1,5 @@
 #include "FileObjectTesting.h"
+#include "ReadOnlyVolumes.h"
 
 #include <sys/stat.h>
 
@@ -221,6 +222,34 @@ TEST_F(FSObjectTest, CatalogFinderAndLockQueries)
     EXPECT_EQ(changed(), before) << "locking a locked item changes nothing on disk";
     file.SetIsLocked(false);
     EXPECT_NE(changed(), before) << "unlocking does, so the check above can see a change";
+}
+
+// In a process of its own: what CheckLock says of a locked and a plain file on each kind of
+// read-only volume, on standard error ("-" where the volume could not be made).
+[[noreturn]] void CheckLockOnReadOnlyVolumes()
+{
+    std::string report;
+    {
+        ReadOnlyVolumes volumes;
+        for (const std::string* volume : {&volumes.SoftwareLocked(), &volumes.HardwareLocked()}) {
+            auto check = [&](const char* inName) {
+                return std::to_string(Gx::FSObject(RefOf(*volume + "/" + inName)).CheckLock());
+            };
+            report += volume->empty() ? " -" : " " + check("locked") + "/" + check("plain");
+        }
+    }
+    std::fprintf(stderr, "locked/plain:%s\n", report.c_str());
+    ::_exit(0);
+}
+
+// A suite of its own: nothing may touch the File Manager before the volumes are mounted.
+// The volume locks are results, not failures. The disk image needs a loop device, which
+// not every machine lends.
+TEST(FSObjectReadOnlyVolume, CheckLockReturnsTheVolumesLock)
+{
+    if (!CanMountPrivately())
+        GTEST_SKIP() << "no mount namespace of its own for a read-only volume here";
+    EXPECT_EXIT(CheckLockOnReadOnlyVolumes(), testing::ExitedWithCode(0), "locked/plain: -45/-46 (-45/-44|-)\n");
 }
 
 TEST_F(FSObjectTest, EachPlatformFailureIsRaisedWithItsStatusAndCall)
