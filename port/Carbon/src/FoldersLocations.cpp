@@ -4,12 +4,11 @@
 #include <Carbon/Folders.h>
 #include <CoreFoundation/CFPreferences.h>
 #include <CoreFoundation/CFRuntime.h>
+#include <CoreFoundation/CFUserFolders.h>
 
-#include <pwd.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <cstdlib>
 #include <fstream>
 #include <string_view>
@@ -27,29 +26,6 @@ std::string Environment(const char* inName)
 {
     const char* value = std::getenv(inName);
     return value ? value : "";
-}
-
-std::string HomeFolder()
-{
-    std::string home = Environment("HOME");
-    if (!home.empty())
-        return home;
-    std::array<char, 4096> buffer{};
-    passwd entry{};
-    passwd* found = nullptr;
-    if (getpwuid_r(getuid(), &entry, buffer.data(), buffer.size(), &found) == 0 && found && found->pw_dir)
-        return found->pw_dir;
-    return "";
-}
-
-// An XDG variable counts only when it holds an absolute path; otherwise the default below home.
-std::string XdgFolder(const char* inVariable, std::string_view inDefault)
-{
-    std::string value = Environment(inVariable);
-    if (!value.empty() && value.front() == '/')
-        return value;
-    std::string home = HomeFolder();
-    return home.empty() ? "" : home + "/" + std::string(inDefault);
 }
 
 std::optional<FolderLocation> Inside(std::string inBase, mode_t inBaseMode, std::string_view inTail, mode_t inMode)
@@ -98,7 +74,7 @@ std::optional<std::string> RecordedValue(std::string_view inText, const std::str
 // conventional one in the home folder.
 std::string UserFolder(std::string_view inKey, std::string_view inDefault, const std::string& inHome)
 {
-    std::ifstream file(XdgFolder("XDG_CONFIG_HOME", ".config") + "/user-dirs.dirs");
+    std::ifstream file(cf::XdgFolder("XDG_CONFIG_HOME", ".config") + "/user-dirs.dirs");
     std::optional<std::string> recorded;
     for (std::string line; std::getline(file, line);) {
         std::string_view text(line);
@@ -126,22 +102,22 @@ std::string TemporaryFolder()
 
 std::optional<FolderLocation> UserDomainFolder(OSType inType)
 {
-    const std::string home = HomeFolder();
+    const std::string home = cf::HomeFolder();
     switch (inType) {
     case kApplicationSupportFolderType:
-        return Inside(XdgFolder("XDG_DATA_HOME", ".local/share"), kPrivate, "", kPrivate);
+        return Inside(cf::XdgFolder("XDG_DATA_HOME", ".local/share"), kPrivate, "", kPrivate);
     case kPreferencesFolderType:
         return PreferencesFolder(kCFPreferencesCurrentUser, kPrivate);
     case kPreferencePanesFolderType:
-        return Inside(XdgFolder("XDG_DATA_HOME", ".local/share"), kPrivate, "preference-panes", kShared);
+        return Inside(cf::XdgFolder("XDG_DATA_HOME", ".local/share"), kPrivate, "preference-panes", kShared);
     case kApplicationsFolderType:
-        return Inside(XdgFolder("XDG_DATA_HOME", ".local/share"), kPrivate, "application-bundles", kShared);
+        return Inside(cf::XdgFolder("XDG_DATA_HOME", ".local/share"), kPrivate, "application-bundles", kShared);
     case kFontsFolderType:
-        return Inside(XdgFolder("XDG_DATA_HOME", ".local/share"), kPrivate, "fonts", kShared);
+        return Inside(cf::XdgFolder("XDG_DATA_HOME", ".local/share"), kPrivate, "fonts", kShared);
     case kCachedDataFolderType:
-        return Inside(XdgFolder("XDG_CACHE_HOME", ".cache"), kPrivate, "", kPrivate);
+        return Inside(cf::XdgFolder("XDG_CACHE_HOME", ".cache"), kPrivate, "", kPrivate);
     case kLogsFolderType:
-        return Inside(XdgFolder("XDG_STATE_HOME", ".local/state"), kPrivate, "log", kPrivate);
+        return Inside(cf::XdgFolder("XDG_STATE_HOME", ".local/state"), kPrivate, "log", kPrivate);
     case kTemporaryFolderType:
         return Inside(TemporaryFolder(), kPrivate, "", kPrivate);
     case kDesktopFolderType:

@@ -5,13 +5,13 @@
 #include <CoreFoundation/CFBundle.h>
 #include <CoreFoundation/CFPreferences.h>
 #include <CoreFoundation/CFRuntime.h>
+#include <CoreFoundation/CFUserFolders.h>
 
 #include <pwd.h>
 #include <unistd.h>
 
 #include <array>
 #include <cerrno>
-#include <cstdlib>
 
 namespace cf::prefs {
 
@@ -22,36 +22,10 @@ constexpr const char* kSystemConfigFolder = SPINDECK_SYSCONFDIR;
 // The domain of kCFPreferencesAnyApplication, under the name the platform gives it.
 constexpr const char* kGlobalDomain = ".GlobalPreferences";
 
-std::string Environment(const char* inName)
-{
-    const char* value = std::getenv(inName);
-    return value ? value : "";
-}
-
-std::string HomeFolder()
-{
-    std::string home = Environment("HOME");
-    if (!home.empty())
-        return home;
-    std::array<char, 4096> buffer{};
-    passwd entry{};
-    passwd* found = nullptr;
-    if (getpwuid_r(getuid(), &entry, buffer.data(), buffer.size(), &found) == 0 && found && found->pw_dir)
-        return found->pw_dir;
-    return "";
-}
-
-// $XDG_CONFIG_HOME counts only when it is an absolute path, as the XDG rules say.
 std::string UserFolder()
 {
-    std::string config = Environment("XDG_CONFIG_HOME");
-    if (config.empty() || config.front() != '/') {
-        std::string home = HomeFolder();
-        if (home.empty())
-            return "";
-        config = home + "/.config";
-    }
-    return config + "/preferences";
+    std::string config = cf::XdgFolder("XDG_CONFIG_HOME", ".config");
+    return config.empty() ? "" : config + "/preferences";
 }
 
 std::string SystemFolder() { return std::string(kSystemConfigFolder) + "/preferences"; }
