@@ -42,6 +42,40 @@ const Entry* NthItem(const Value& inValue, long inIndex)
     return &inValue.items[std::size_t(inIndex - 1)];
 }
 
+// The item at a 1-based index of a list, record or event: errAEBadListItem where there is none.
+OSErr ReadNthItem(const AEDescList* inList, long inIndex, const Entry*& outItem)
+{
+    const Value* value = nullptr;
+    if (OSErr status = ReadContainer(inList, value); status != noErr)
+        return status;
+    outItem = NthItem(*value, inIndex);
+    return outItem ? noErr : OSErr(errAEBadListItem);
+}
+
+// The field of a record or event with that keyword: errAEDescNotFound where there is none.
+OSErr ReadField(const AERecord* inRecord, AEKeyword inKeyword, const Entry*& outField)
+{
+    const Value* record = nullptr;
+    if (OSErr status = ReadKeyed(inRecord, record); status != noErr)
+        return status;
+    auto field = FindEntry(record->items, inKeyword);
+    if (field == record->items.end())
+        return errAEDescNotFound;
+    outField = &*field;
+    return noErr;
+}
+
+OSErr SizeOf(const Entry& inEntry, DescType* outTypeCode, Size* outDataSize)
+{
+    if (outTypeCode)
+        *outTypeCode = inEntry.type;
+    return Guarded([&]() -> OSErr {
+        if (outDataSize)
+            *outDataSize = DataSize(inEntry.value);
+        return noErr;
+    });
+}
+
 // Every item of a factored list begins with its common data: the type, then leading bytes.
 bool MatchesFactoring(const Value& inList, DescType inType, const Value& inItem)
 {
@@ -131,12 +165,9 @@ OSErr AEPutDesc(AEDescList* ioList, long inIndex, const AEDesc* inDesc)
 OSErr AEGetNthPtr(const AEDescList* inList, long inIndex, DescType inDesiredType, AEKeyword* outKeyword,
                   DescType* outTypeCode, void* outDataPtr, Size inMaximumSize, Size* outActualSize)
 {
-    const Value* value = nullptr;
-    if (OSErr status = ReadContainer(inList, value); status != noErr)
+    const Entry* item = nullptr;
+    if (OSErr status = ReadNthItem(inList, inIndex, item); status != noErr)
         return status;
-    const Entry* item = NthItem(*value, inIndex);
-    if (item == nullptr)
-        return errAEBadListItem;
     if (outKeyword)
         *outKeyword = item->keyword;
     return Guarded([&]() -> OSErr {
@@ -149,12 +180,9 @@ OSErr AEGetNthDesc(const AEDescList* inList, long inIndex, DescType inDesiredTyp
                    AEDesc* outResult)
 {
     AEInitializeDesc(outResult);
-    const Value* value = nullptr;
-    if (OSErr status = ReadContainer(inList, value); status != noErr)
+    const Entry* item = nullptr;
+    if (OSErr status = ReadNthItem(inList, inIndex, item); status != noErr)
         return status;
-    const Entry* item = NthItem(*value, inIndex);
-    if (item == nullptr)
-        return errAEBadListItem;
     if (outKeyword)
         *outKeyword = item->keyword;
     return Guarded([&]() -> OSErr { return GetAsDesc(item->type, item->value, inDesiredType, outResult); });
@@ -162,19 +190,10 @@ OSErr AEGetNthDesc(const AEDescList* inList, long inIndex, DescType inDesiredTyp
 
 OSErr AESizeOfNthItem(const AEDescList* inList, long inIndex, DescType* outTypeCode, Size* outDataSize)
 {
-    const Value* value = nullptr;
-    if (OSErr status = ReadContainer(inList, value); status != noErr)
+    const Entry* item = nullptr;
+    if (OSErr status = ReadNthItem(inList, inIndex, item); status != noErr)
         return status;
-    const Entry* item = NthItem(*value, inIndex);
-    if (item == nullptr)
-        return errAEBadListItem;
-    if (outTypeCode)
-        *outTypeCode = item->type;
-    return Guarded([&]() -> OSErr {
-        if (outDataSize)
-            *outDataSize = DataSize(item->value);
-        return noErr;
-    });
+    return SizeOf(*item, outTypeCode, outDataSize);
 }
 
 OSErr AEDeleteItem(AEDescList* ioList, long inIndex)
@@ -227,12 +246,9 @@ OSErr AEPutKeyDesc(AERecord* ioRecord, AEKeyword inKeyword, const AEDesc* inDesc
 OSErr AEGetKeyPtr(const AERecord* inRecord, AEKeyword inKeyword, DescType inDesiredType, DescType* outTypeCode,
                   void* outDataPtr, Size inMaximumSize, Size* outActualSize)
 {
-    const Value* record = nullptr;
-    if (OSErr status = ReadKeyed(inRecord, record); status != noErr)
+    const Entry* field = nullptr;
+    if (OSErr status = ReadField(inRecord, inKeyword, field); status != noErr)
         return status;
-    auto field = FindEntry(record->items, inKeyword);
-    if (field == record->items.end())
-        return errAEDescNotFound;
     return Guarded([&]() -> OSErr {
         return GetAsPtr(field->type, field->value, inDesiredType, outTypeCode, outDataPtr, inMaximumSize,
                         outActualSize);
@@ -242,30 +258,18 @@ OSErr AEGetKeyPtr(const AERecord* inRecord, AEKeyword inKeyword, DescType inDesi
 OSErr AEGetKeyDesc(const AERecord* inRecord, AEKeyword inKeyword, DescType inDesiredType, AEDesc* outResult)
 {
     AEInitializeDesc(outResult);
-    const Value* record = nullptr;
-    if (OSErr status = ReadKeyed(inRecord, record); status != noErr)
+    const Entry* field = nullptr;
+    if (OSErr status = ReadField(inRecord, inKeyword, field); status != noErr)
         return status;
-    auto field = FindEntry(record->items, inKeyword);
-    if (field == record->items.end())
-        return errAEDescNotFound;
     return Guarded([&]() -> OSErr { return GetAsDesc(field->type, field->value, inDesiredType, outResult); });
 }
 
 OSErr AESizeOfKeyDesc(const AERecord* inRecord, AEKeyword inKeyword, DescType* outTypeCode, Size* outDataSize)
 {
-    const Value* record = nullptr;
-    if (OSErr status = ReadKeyed(inRecord, record); status != noErr)
+    const Entry* field = nullptr;
+    if (OSErr status = ReadField(inRecord, inKeyword, field); status != noErr)
         return status;
-    auto field = FindEntry(record->items, inKeyword);
-    if (field == record->items.end())
-        return errAEDescNotFound;
-    if (outTypeCode)
-        *outTypeCode = field->type;
-    return Guarded([&]() -> OSErr {
-        if (outDataSize)
-            *outDataSize = DataSize(field->value);
-        return noErr;
-    });
+    return SizeOf(*field, outTypeCode, outDataSize);
 }
 
 OSErr AEDeleteKeyDesc(AERecord* ioRecord, AEKeyword inKeyword)
