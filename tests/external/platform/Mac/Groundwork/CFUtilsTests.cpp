@@ -11,7 +11,7 @@
 namespace {
 
 // Each wrapper is handed a retain of its own; a wrong type must give back exactly that one.
-TEST(CFUtilsObject, WrongTypeIsDroppedQuietly)
+TEST(CFUtilsObject, CopiesShareAndAWrongTypeIsDroppedQuietly)
 {
     CFUUIDRef uuid = CFUUIDCreate(nullptr);
     CFArrayRef array = CFArrayCreate(nullptr, nullptr, 0, &kCFTypeArrayCallBacks);
@@ -44,10 +44,8 @@ TEST(CFUtilsObject, WrongTypeIsDroppedQuietly)
 
     CFRelease(uuid);
     CFRelease(array);
-}
 
-TEST(CFUtilsObject, CopiesShareAndBareReferencesAreAdopted)
-{
+    // Copies share; a bare reference assigned is adopted.
     CFArrayRef first = CFArrayCreate(nullptr, nullptr, 0, &kCFTypeArrayCallBacks);
     CFArrayRef second = CFArrayCreate(nullptr, nullptr, 0, &kCFTypeArrayCallBacks);
     CFUtils::CFArray a(first);

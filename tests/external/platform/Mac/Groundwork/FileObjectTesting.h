@@ -1,5 +1,4 @@
-// The file objects under test: real files in a fresh temporary folder, and each OSError's
-// status and message as the throw hook sees them.
+// The file objects under test: real files in a fresh temporary folder.
 #pragma once
 
 #include "ExpectThrows.h"
@@ -22,11 +21,7 @@ protected:
     {
         ASSERT_FALSE(mFolder.Path().empty());
         mFolderRef = RefOf(mFolder.Path());
-        Gx::OSError::SetThrowFunc([](OSStatus inStatus, const char* inMessage, const Gx::SourceLocation&) {
-            sThrown = {inStatus, inMessage};
-        });
     }
-    void TearDown() override { Gx::OSError::SetThrowFunc(nullptr); }
 
     std::string Path(const std::string& inName) const { return mFolder.Path(inName); }
     FSRef Made(const std::string& inName, const std::string& inContents = {}) const
@@ -52,23 +47,8 @@ protected:
         return FSGetForkCBInfo(inRefNum, kFSInvalidVolumeRefNum, nullptr, nullptr, nullptr, nullptr, nullptr) == noErr;
     }
 
-    static void ExpectOSError(const Call& inCall, OSStatus inStatus, const std::string& inMessage)
-    {
-        sThrown = {};
-        try {
-            inCall();
-            ADD_FAILURE() << "nothing thrown, expected \"" << inMessage << "\"";
-        } catch (const Gx::OSError& e) {
-            EXPECT_EQ(e.GetOSErrorCode(), inStatus) << inMessage;
-            EXPECT_EQ(sThrown, std::make_pair(inStatus, inMessage));
-        }
-    }
-
     TemporaryFolder mFolder;
     FSRef mFolderRef{};
-
-private:
-    static inline std::pair<OSStatus, std::string> sThrown;
 };
 
 }  // namespace spindeck::test

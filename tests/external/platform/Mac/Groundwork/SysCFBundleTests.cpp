@@ -1,33 +1,13 @@
 // The bundle wrapper on a bundle built in a temporary folder.
 #include "ExpectThrows.h"
+#include "LaunchTesting.h"
 
 #include <Groundwork/SysWrappers/CoreFoundation/SysCFBundle.h>
 #include <Groundwork/SysWrappers/CoreFoundation/SysCFTextUtils.h>
 
-#include <stdlib.h>
-
-#include <filesystem>
-#include <fstream>
-#include <optional>
-#include <string>
-
 namespace {
 
-namespace fs = std::filesystem;
-
-constexpr const char* kInfo = R"(<?xml version="1.0" encoding="UTF-8"?>
-<plist version="1.0"><dict>
-  <key>CFBundleIdentifier</key><string>org.spindeck.tests.wrappers</string>
-  <key>CFBundleExecutable</key><string>Wrapped</string>
-  <key>CFBundleDevelopmentRegion</key><string>en</string>
-</dict></plist>
-)";
-
-void Write(const fs::path& inPath, const std::string& inBytes)
-{
-    fs::create_directories(inPath.parent_path());
-    std::ofstream(inPath, std::ios::binary) << inBytes;
-}
+using namespace spindeck::test;
 
 std::string BigEndian(UInt32 inValue, int inWidth)
 {
@@ -59,37 +39,26 @@ class SysCFBundle : public testing::Test {
 protected:
     void SetUp() override
     {
-        char folder[] = "/tmp/SysCFBundleTests-XXXXXX";
-        ASSERT_NE(mkdtemp(folder), nullptr);
-        mFolder = folder;
-        const fs::path resources = mFolder / "Wrapped.bundle/Contents/Resources";
-        Write(mFolder / "Wrapped.bundle/Contents/Info.plist", kInfo);
-        Write(resources / "en.lproj/Localizable.strings", "\"Greeting\" = \"Hello\";\n");
-        Write(resources / "fr.lproj/Localizable.strings", "\"Greeting\" = \"Bonjour\";\n");
-        Write(resources / "icon.png", "png");
-        Write(resources / "Wrapped.rsrc", StringListFile(128, {"first", "second"}));
-        Write(mFolder / "Bare.bundle/Info.plist", "<plist version=\"1.0\"><dict/></plist>");
-        if (const char* language = getenv("LANGUAGE"))
-            mLanguage = language;
-        setenv("LANGUAGE", "fr", 1);
-    }
-    void TearDown() override
-    {
-        if (mLanguage)
-            setenv("LANGUAGE", mLanguage->c_str(), 1);
-        else
-            unsetenv("LANGUAGE");
-        fs::remove_all(mFolder);
+        const std::string resources = mFolder.Path("Wrapped.bundle/Contents/Resources/");
+        MakeBundle(mFolder.Path("Wrapped.bundle"), "<key>CFBundleIdentifier</key><string>org.spindeck.tests.wrappers</string>"
+                                                   "<key>CFBundleDevelopmentRegion</key><string>en</string>", "Wrapped");
+        MakeBundle(mFolder.Path("Bare.bundle"), "");
+        fs::create_directories(resources + "en.lproj");
+        fs::create_directories(resources + "fr.lproj");
+        WriteFile(resources + "en.lproj/Localizable.strings", "\"Greeting\" = \"Hello\";\n");
+        WriteFile(resources + "fr.lproj/Localizable.strings", "\"Greeting\" = \"Bonjour\";\n");
+        WriteFile(resources + "icon.png", "png");
+        WriteFile(resources + "Wrapped.rsrc", StringListFile(128, {"first", "second"}));
     }
 
     Gx::CFURL URLOf(const char* inName) const
     {
-        std::string path = (mFolder / inName).string();
+        std::string path = mFolder.Path(inName);
         return Gx::CFURL(reinterpret_cast<const UInt8*>(path.data()), CFIndex(path.size()), true, nullptr);
     }
 
-    fs::path mFolder;
-    std::optional<std::string> mLanguage;
+    ScratchFolder mFolder;
+    ScopedVariable mLanguage{"LANGUAGE", "fr"};
 };
 
 TEST_F(SysCFBundle, CreatedBundlesAreAdoptedAndFoundOnesRetained)
@@ -102,7 +71,6 @@ TEST_F(SysCFBundle, CreatedBundlesAreAdoptedAndFoundOnesRetained)
 
     ExpectThrows<Gx::RuntimeError>([] { Gx::CFBundle(CFSTR("org.spindeck.tests.nobody")); }, FourCC("cfcr"));
     ExpectThrows<Gx::RuntimeError>([&] { Gx::CFBundle(URLOf("Missing.bundle")); }, FourCC("cfcr"));
-    ExpectThrows<Gx::RuntimeError>([] { Gx::CFBundle().GetIdentifier(); }, FourCC("cfnr"));
 }
 
 // Every result holds exactly one retain of its own, whether the platform handed one over

