@@ -56,8 +56,7 @@ std::string BinaryTable(const char* inKey, const char* inValue)
     Ref table(CFDictionaryCreate(nullptr, keys, values, 1, &kCFTypeDictionaryKeyCallBacks,
                                  &kCFTypeDictionaryValueCallBacks));
     Ref data(CFPropertyListCreateData(nullptr, table.get(), kCFPropertyListBinaryFormat_v1_0, 0, nullptr));
-    auto bytes = data.as<CFDataRef>();
-    return {reinterpret_cast<const char*>(CFDataGetBytePtr(bytes)), std::size_t(CFDataGetLength(bytes))};
+    return plisttest::BytesOf(data.as<CFDataRef>());
 }
 
 // Bundle references are not const, as on the platform.

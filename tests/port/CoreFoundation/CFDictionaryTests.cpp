@@ -1,6 +1,6 @@
 // Dictionaries: add/set/replace/remove and what they retain, copied string keys, raw keys,
 // equality, copies and misuse.
-#include <CoreFoundation/CoreFoundation.h>
+#include "CFTesting.h"
 
 #include <gtest/gtest.h>
 
@@ -11,7 +11,8 @@
 
 namespace {
 
-CFStringRef Text(const char* inText) { return CFStringCreateWithCString(nullptr, inText, kCFStringEncodingUTF8); }
+using cftest::Make;
+using cftest::Owned;
 
 const void* Int(std::intptr_t inValue) { return reinterpret_cast<const void*>(inValue); }
 
@@ -22,7 +23,7 @@ CFMutableDictionaryRef NewObjectDictionary()
 
 TEST(CFDictionaryEditing, AddSetReplaceAndRemoveRetainWhatTheyKeep)
 {
-    CFStringRef key = Text("key"), equalKey = Text("key"), first = Text("first"), second = Text("second");
+    CFStringRef key = Make("key"), equalKey = Make("key"), first = Make("first"), second = Make("second");
     CFMutableDictionaryRef dictionary = NewObjectDictionary();
 
     CFDictionaryAddValue(dictionary, key, first);
@@ -60,8 +61,8 @@ TEST(CFDictionaryEditing, AddSetReplaceAndRemoveRetainWhatTheyKeep)
 
 TEST(CFDictionaryEditing, ReadersAcceptNullOutputs)
 {
-    CFStringRef key = Text("key");
-    CFMutableDictionaryRef dictionary = NewObjectDictionary();
+    Owned key(Make("key"));
+    Owned dictionary(NewObjectDictionary());
     CFDictionarySetValue(dictionary, key, kCFNull);
     const void* value = nullptr;
     EXPECT_TRUE(CFDictionaryGetValueIfPresent(dictionary, key, &value));
@@ -73,28 +74,24 @@ TEST(CFDictionaryEditing, ReadersAcceptNullOutputs)
     CFDictionaryGetKeysAndValues(dictionary, nullptr, values);
     EXPECT_EQ(keys[0], key);
     EXPECT_EQ(values[0], kCFNull);
-    CFRelease(dictionary);
-    CFRelease(key);
 }
 
 TEST(CFDictionaryCopyStringKeys, AMutableKeyChangedLaterDoesNotMoveTheEntry)
 {
-    CFMutableStringRef key = CFStringCreateMutableCopy(nullptr, 0, CFSTR("abc"));
-    CFMutableDictionaryRef dictionary =
-        CFDictionaryCreateMutable(nullptr, 0, &kCFCopyStringDictionaryKeyCallBacks, &kCFTypeDictionaryValueCallBacks);
+    Owned key(CFStringCreateMutableCopy(nullptr, 0, CFSTR("abc")));
+    Owned dictionary(
+        CFDictionaryCreateMutable(nullptr, 0, &kCFCopyStringDictionaryKeyCallBacks, &kCFTypeDictionaryValueCallBacks));
     CFDictionarySetValue(dictionary, key, kCFNull);
     EXPECT_EQ(CFGetRetainCount(key), 1);  // copied, not retained
     CFStringAppendCString(key, "def", kCFStringEncodingUTF8);
     EXPECT_EQ(CFDictionaryGetValue(dictionary, CFSTR("abc")), kCFNull);
     EXPECT_FALSE(CFDictionaryContainsKey(dictionary, key));
-    CFRelease(dictionary);
-    CFRelease(key);
 }
 
 TEST(CFDictionaryWithoutCallBacks, KeepsRawIntegersThroughManyChanges)
 {
     // A model map checks the table through growth and removals, including the key 0 (NULL).
-    CFMutableDictionaryRef dictionary = CFDictionaryCreateMutable(nullptr, 0, nullptr, nullptr);
+    Owned dictionary(CFDictionaryCreateMutable(nullptr, 0, nullptr, nullptr));
     std::map<std::intptr_t, std::intptr_t> model;
     std::mt19937 random(11);
     for (int step = 0; step < 20000; ++step) {
@@ -126,35 +123,34 @@ TEST(CFDictionaryWithoutCallBacks, KeepsRawIntegersThroughManyChanges)
     for (auto [key, value] : model)
         expected += key;
     EXPECT_EQ(sum, expected);
-    CFRelease(dictionary);
 }
 
-TEST(CFDictionaryEquality, DependsOnPairsNotOnHowTheyWereBuilt)
+TEST(CFDictionaryEquality, DependsOnPairsNotOnHowTheyWereBuiltAndTheDescriptionListsThem)
 {
-    CFStringRef a = Text("a"), b = Text("b"), one = Text("1"), two = Text("2");
+    Owned a(Make("a")), b(Make("b")), one(Make("1")), two(Make("2"));
     const void* keys[] = {a, b};
     const void* values[] = {one, two};
-    CFDictionaryRef created =
-        CFDictionaryCreate(nullptr, keys, values, 2, &kCFTypeDictionaryKeyCallBacks, &kCFTypeDictionaryValueCallBacks);
-    CFMutableDictionaryRef built = NewObjectDictionary();
+    Owned created(
+        CFDictionaryCreate(nullptr, keys, values, 2, &kCFTypeDictionaryKeyCallBacks, &kCFTypeDictionaryValueCallBacks));
+    Owned built(NewObjectDictionary());
     CFDictionarySetValue(built, CFSTR("b"), CFSTR("2"));
     CFDictionarySetValue(built, CFSTR("a"), CFSTR("1"));
     EXPECT_TRUE(CFEqual(created, built));
     EXPECT_EQ(CFHash(created), CFHash(built));
+    std::string description = cf::UTF8(Owned(CFCopyDescription(built)));
+    EXPECT_EQ(description.rfind("<CFDictionary ", 0), 0u) << description;
+    EXPECT_NE(description.find("a = 1"), std::string::npos) << description;
     CFDictionarySetValue(built, CFSTR("a"), CFSTR("2"));
     EXPECT_FALSE(CFEqual(created, built));
     CFDictionaryRemoveValue(built, CFSTR("a"));
     EXPECT_FALSE(CFEqual(created, built));
-    CFArrayRef array = CFArrayCreate(nullptr, keys, 2, &kCFTypeArrayCallBacks);
+    Owned array(CFArrayCreate(nullptr, keys, 2, &kCFTypeArrayCallBacks));
     EXPECT_FALSE(CFEqual(created, array));
-    for (CFTypeRef object : {CFTypeRef(created), CFTypeRef(built), CFTypeRef(array), CFTypeRef(a), CFTypeRef(b),
-                             CFTypeRef(one), CFTypeRef(two)})
-        CFRelease(object);
 }
 
 TEST(CFDictionaryCopies, AreIndependentAndKeepTheCallBacks)
 {
-    CFStringRef key = Text("key");
+    CFStringRef key = Make("key");
     CFMutableDictionaryRef source = NewObjectDictionary();
     CFDictionarySetValue(source, key, kCFNull);
     CFMutableDictionaryRef copy = CFDictionaryCreateMutableCopy(nullptr, 0, source);
@@ -172,39 +168,23 @@ TEST(CFDictionaryCopies, AreIndependentAndKeepTheCallBacks)
     CFRelease(key);
 }
 
-TEST(CFDictionaryDescription, ListsKeysWithTheirValues)
-{
-    CFMutableDictionaryRef dictionary = NewObjectDictionary();
-    CFDictionarySetValue(dictionary, CFSTR("colour"), CFSTR("teal"));
-    CFStringRef description = CFCopyDescription(dictionary);
-    char text[512];
-    ASSERT_TRUE(CFStringGetCString(description, text, sizeof text, kCFStringEncodingUTF8));
-    EXPECT_EQ(std::string(text).rfind("<CFDictionary ", 0), 0u) << text;
-    EXPECT_NE(std::string(text).find("colour = teal"), std::string::npos) << text;
-    CFRelease(description);
-    CFRelease(dictionary);
-}
-
 using CFDictionaryMisuseDeathTest = ::testing::Test;
 
 TEST_F(CFDictionaryMisuseDeathTest, StopsTheProcessNamingTheCall)
 {
-    CFDictionaryRef immutable = CFDictionaryCreate(nullptr, nullptr, nullptr, 0, nullptr, nullptr);
-    auto* changed = const_cast<CFMutableDictionaryRef>(immutable);
+    Owned immutable(CFDictionaryCreate(nullptr, nullptr, nullptr, 0, nullptr, nullptr));
+    auto* changed = const_cast<CFMutableDictionaryRef>(immutable.get());
     EXPECT_DEATH(CFDictionarySetValue(changed, Int(1), Int(1)), "CFDictionarySetValue: .*immutable");
     EXPECT_DEATH(CFDictionaryRemoveAllValues(changed), "CFDictionaryRemoveAllValues: .*immutable");
-    CFArrayRef array = CFArrayCreate(nullptr, nullptr, 0, nullptr);
-    EXPECT_DEATH(CFDictionaryGetCount(reinterpret_cast<CFDictionaryRef>(array)),
+    Owned array(CFArrayCreate(nullptr, nullptr, 0, nullptr));
+    EXPECT_DEATH(CFDictionaryGetCount(reinterpret_cast<CFDictionaryRef>(array.get())),
                  "CFDictionaryGetCount: expected a CFDictionary, got a CFArray");
-    CFMutableDictionaryRef two = CFDictionaryCreateMutable(nullptr, 2, nullptr, nullptr);
+    Owned two(CFDictionaryCreateMutable(nullptr, 2, nullptr, nullptr));
     CFDictionaryAddValue(two, Int(1), Int(1));
     CFDictionaryAddValue(two, Int(2), Int(2));
     CFDictionarySetValue(two, Int(2), Int(3));  // replacing needs no room
     EXPECT_DEATH(CFDictionaryAddValue(two, Int(3), Int(3)), "CFDictionaryAddValue: .*full");
     EXPECT_DEATH(CFDictionaryCreateMutableCopy(nullptr, 1, two), "CFDictionaryCreateMutableCopy: capacity 1");
-    CFRelease(two);
-    CFRelease(array);
-    CFRelease(immutable);
 }
 
 }  // namespace

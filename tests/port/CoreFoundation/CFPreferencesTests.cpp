@@ -260,9 +260,7 @@ TEST_F(CFPreferences, KillingAWriterAtAnyMomentLeavesTheFileWhole)
                          kCFNumberLongType, &counter);
         auto payload = CFDataRef(CFDictionaryGetValue(contents.as<CFDictionaryRef>(), payloadKey.get()));
         ASSERT_GE(counter, lastCounter);
-        ASSERT_EQ(std::string(reinterpret_cast<const char*>(CFDataGetBytePtr(payload)),
-                              std::size_t(CFDataGetLength(payload))),
-                  WriterPayload(counter));
+        ASSERT_EQ(BytesOf(payload), WriterPayload(counter));
         lastCounter = counter;
     }
     EXPECT_TRUE(written);

@@ -114,8 +114,7 @@ TEST(CFPropertyListInterchange, WhatWeWritePlistlibReadsIdentically)
         Ref data(CFPropertyListCreateData(nullptr, tree.get(), format, 0, &error));
         ASSERT_TRUE(data);
         EXPECT_EQ(error, nullptr);
-        std::string bytes(reinterpret_cast<const char*>(CFDataGetBytePtr(data.as<CFDataRef>())),
-                          std::size_t(CFDataGetLength(data.as<CFDataRef>())));
+        std::string bytes = BytesOf(data.as<CFDataRef>());
         WriteFile(folder / "ours.plist", bytes);
         int status = -1;
         EXPECT_EQ(RunProgram({"python3", "-c", kPlistlib, "read", folder / "ours.plist"}, &status), Dump(tree.get()));
@@ -226,8 +225,7 @@ TEST(CFPropertyListReading, DamagedXMLAndBinaryAnswerNullWithAReason)
     Ref tree = SampleTree(true);
     for (CFPropertyListFormat format : {kCFPropertyListXMLFormat_v1_0, kCFPropertyListBinaryFormat_v1_0}) {
         Ref data(CFPropertyListCreateData(nullptr, tree.get(), format, 0, nullptr));
-        std::string bytes(reinterpret_cast<const char*>(CFDataGetBytePtr(data.as<CFDataRef>())),
-                          std::size_t(CFDataGetLength(data.as<CFDataRef>())));
+        std::string bytes = BytesOf(data.as<CFDataRef>());
         // Every cut before the end loses the closing tags or the trailer.
         for (std::size_t length = 8; length < bytes.size() - 10; ++length) {
             std::string error;

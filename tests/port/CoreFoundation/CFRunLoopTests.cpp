@@ -1,6 +1,6 @@
 // The run loop: timer accuracy and life cycle, stopping and waking, file descriptor and
 // signalled sources, common modes, and the wait descriptor another event loop watches.
-#include <CoreFoundation/CoreFoundation.h>
+#include "CFTesting.h"
 
 #include <gtest/gtest.h>
 
@@ -20,19 +20,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// Owns one reference for the length of a test.
-template <class Ref>
-struct Owned {
-    Ref ref;
-    explicit Owned(Ref inRef) : ref(inRef) {}
-    Owned(const Owned&) = delete;
-    ~Owned()
-    {
-        if (ref)
-            CFRelease(ref);
-    }
-    operator Ref() const { return ref; }
-};
+using cftest::Owned;
 
 CFRunLoopTimerRef MakeTimer(CFAbsoluteTime inFireDate, CFTimeInterval inInterval, CFRunLoopTimerCallBack inCallout,
                             void* inInfo)
@@ -134,10 +122,9 @@ struct Counted {
     int fired = 0;
     int retained = 0;
     int released = 0;
-    int stopAt = 0;
 };
 
-TEST(RunLoopTimer, OneShotFiresOnceThenTheModeRunsOut)
+TEST(RunLoopTimer, OneShotRunsOutTheModeARepeatingCalloutInvalidatesItselfAndStopsTheRun)
 {
     Counted counted;
     CFRunLoopTimerContext context{0, &counted,
@@ -163,28 +150,22 @@ TEST(RunLoopTimer, OneShotFiresOnceThenTheModeRunsOut)
     }
     EXPECT_EQ(counted.retained, 1);
     EXPECT_EQ(counted.released, 1);
-}
 
-TEST(RunLoopTimer, CalloutCanInvalidateItselfAndStopTheRun)
-{
-    Counted counted;
-    counted.stopAt = 3;
-    auto fire = [](CFRunLoopTimerRef inTimer, void* inInfo) {
-        auto& state = *static_cast<Counted*>(inInfo);
-        if (++state.fired == state.stopAt) {
+    counted.fired = 0;
+    auto fireThrice = [](CFRunLoopTimerRef inTimer, void* inInfo) {
+        if (++static_cast<Counted*>(inInfo)->fired == 3) {
             CFRunLoopTimerInvalidate(inTimer);
             CFRunLoopStop(CFRunLoopGetCurrent());
         }
     };
-    Owned timer(MakeTimer(CFAbsoluteTimeGetCurrent(), 0.01, fire, &counted));
-    CFRunLoopAddTimer(CFRunLoopGetCurrent(), timer, kCFRunLoopCommonModes);
-
+    Owned timer(MakeTimer(CFAbsoluteTimeGetCurrent(), 0.01, fireThrice, &counted));
+    CFRunLoopAddTimer(loop, timer, kCFRunLoopCommonModes);
     auto start = std::chrono::steady_clock::now();
     CFRunLoopRun();
     EXPECT_LT(Seconds(start), 10.0);
     EXPECT_EQ(counted.fired, 3);
     EXPECT_FALSE(CFRunLoopTimerIsValid(timer));
-    EXPECT_FALSE(CFRunLoopContainsTimer(CFRunLoopGetCurrent(), timer, kCFRunLoopCommonModes));
+    EXPECT_FALSE(CFRunLoopContainsTimer(loop, timer, kCFRunLoopCommonModes));
 }
 
 TEST(RunLoopWakeUp, EndsTheWaitOfAnotherThreadsRunLoop)
@@ -242,7 +223,7 @@ struct PipeEnds {
     }
 };
 
-TEST(RunLoopFileDescriptor, ReadCallBackFiresOncePerEnable)
+TEST(RunLoopFileDescriptor, CallBacksFireOncePerEnableAndOnlyOwnedDescriptorsClose)
 {
     PipeEnds pipe;
     ASSERT_GE(pipe.read, 0);
@@ -252,11 +233,24 @@ TEST(RunLoopFileDescriptor, ReadCallBackFiresOncePerEnable)
         static_cast<std::vector<CFOptionFlags>*>(inInfo)->push_back(inTypes);
     };
     Owned file(CFFileDescriptorCreate(nullptr, pipe.read, true, callout, &context));
+    Owned writer(CFFileDescriptorCreate(nullptr, pipe.write, false, callout, &context));
     Owned source(CFFileDescriptorCreateRunLoopSource(nullptr, file, 0));
+    Owned writeSource(CFFileDescriptorCreateRunLoopSource(nullptr, writer, 0));
+    Owned again(CFFileDescriptorCreateRunLoopSource(nullptr, writer, 0));
+    EXPECT_EQ(writeSource.get(), again.get());
     CFRunLoopRef loop = CFRunLoopGetCurrent();
     CFRunLoopAddSource(loop, source, kCFRunLoopDefaultMode);
-    CFFileDescriptorEnableCallBacks(file, kCFFileDescriptorReadCallBack);
+    CFRunLoopAddSource(loop, writeSource, kCFRunLoopDefaultMode);
 
+    // An empty pipe has room to write at once.
+    CFFileDescriptorEnableCallBacks(writer, kCFFileDescriptorWriteCallBack);
+    EXPECT_EQ(CFRunLoopRunInMode(kCFRunLoopDefaultMode, 5, true), kCFRunLoopRunHandledSource);
+    EXPECT_EQ(fired, std::vector<CFOptionFlags>{kCFFileDescriptorWriteCallBack});
+    CFFileDescriptorInvalidate(writer);
+    EXPECT_EQ(::fcntl(pipe.write, F_GETFD), 0) << "a descriptor it does not own was closed";
+    fired.clear();
+
+    CFFileDescriptorEnableCallBacks(file, kCFFileDescriptorReadCallBack);
     EXPECT_EQ(CFRunLoopRunInMode(kCFRunLoopDefaultMode, 0.05, true), kCFRunLoopRunTimedOut);
     EXPECT_TRUE(fired.empty());
 
@@ -276,42 +270,11 @@ TEST(RunLoopFileDescriptor, ReadCallBackFiresOncePerEnable)
     EXPECT_EQ(::fcntl(pipe.read, F_GETFD), -1) << "the descriptor was not closed on invalidation";
 }
 
-TEST(RunLoopFileDescriptor, WriteCallBackFiresWhenThereIsRoom)
-{
-    PipeEnds pipe;
-    ASSERT_GE(pipe.read, 0);
-    CFOptionFlags fired = 0;
-    CFFileDescriptorContext context{0, &fired, nullptr, nullptr, nullptr};
-    auto callout = [](CFFileDescriptorRef, CFOptionFlags inTypes, void* inInfo) {
-        *static_cast<CFOptionFlags*>(inInfo) |= inTypes;
-    };
-    Owned file(CFFileDescriptorCreate(nullptr, pipe.write, false, callout, &context));
-    Owned source(CFFileDescriptorCreateRunLoopSource(nullptr, file, 0));
-    Owned again(CFFileDescriptorCreateRunLoopSource(nullptr, file, 0));
-    EXPECT_EQ(source.ref, again.ref);
-    CFRunLoopAddSource(CFRunLoopGetCurrent(), source, kCFRunLoopDefaultMode);
-    CFFileDescriptorEnableCallBacks(file, kCFFileDescriptorWriteCallBack);
-
-    EXPECT_EQ(CFRunLoopRunInMode(kCFRunLoopDefaultMode, 5, true), kCFRunLoopRunHandledSource);
-    EXPECT_EQ(fired, kCFFileDescriptorWriteCallBack);
-
-    CFFileDescriptorInvalidate(file);
-    EXPECT_EQ(::fcntl(pipe.write, F_GETFD), 0) << "a descriptor it does not own was closed";
-    ::close(pipe.read);
-}
-
 struct SourceLog {
     int performed = 0;
     std::vector<std::string> scheduled;
     std::vector<std::string> cancelled;
 };
-
-std::string Text(CFStringRef inString)
-{
-    char text[64] = "";
-    CFStringGetCString(inString, text, sizeof text, kCFStringEncodingUTF8);
-    return text;
-}
 
 TEST(RunLoopSource, SignalledSourceRunsInEveryCommonMode)
 {
@@ -320,10 +283,10 @@ TEST(RunLoopSource, SignalledSourceRunsInEveryCommonMode)
     context.info = &log;
     context.perform = [](void* inInfo) { ++static_cast<SourceLog*>(inInfo)->performed; };
     context.schedule = [](void* inInfo, CFRunLoopRef, CFStringRef inMode) {
-        static_cast<SourceLog*>(inInfo)->scheduled.push_back(Text(inMode));
+        static_cast<SourceLog*>(inInfo)->scheduled.push_back(cf::UTF8(inMode));
     };
     context.cancel = [](void* inInfo, CFRunLoopRef, CFStringRef inMode) {
-        static_cast<SourceLog*>(inInfo)->cancelled.push_back(Text(inMode));
+        static_cast<SourceLog*>(inInfo)->cancelled.push_back(cf::UTF8(inMode));
     };
     Owned source(CFRunLoopSourceCreate(nullptr, 0, &context));
     CFRunLoopRef loop = CFRunLoopGetCurrent();

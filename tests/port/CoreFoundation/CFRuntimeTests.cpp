@@ -1,6 +1,5 @@
 // The runtime under every object: retain counts, allocators, type identity, misuse.
-#include <CoreFoundation/CFRuntime.h>
-#include <CoreFoundation/CoreFoundation.h>
+#include "CFTesting.h"
 
 #include <gtest/gtest.h>
 
@@ -9,12 +8,13 @@
 
 namespace {
 
-CFStringRef MakeString(const char* inText) { return CFStringCreateWithCString(nullptr, inText, kCFStringEncodingUTF8); }
+using cftest::Make;
+using cftest::Owned;
 
 TEST(RetainCount, IsExactAndFreesAtZero)
 {
     CFIndex liveBefore = _CFRuntimeGetLiveObjectCount();
-    CFStringRef string = MakeString("counted");
+    CFStringRef string = Make("counted");
     EXPECT_EQ(_CFRuntimeGetLiveObjectCount(), liveBefore + 1);
     EXPECT_EQ(CFGetRetainCount(string), 1);
     EXPECT_EQ(CFRetain(string), string);
@@ -28,19 +28,20 @@ TEST(RetainCount, IsExactAndFreesAtZero)
 TEST(RetainCount, StaticObjectsIgnoreRetainAndRelease)
 {
     CFIndex liveBefore = _CFRuntimeGetLiveObjectCount();
-    CFStringRef constant = CFSTR("static");
-    CFIndex count = CFGetRetainCount(constant);
-    for (int i = 0; i < 3; ++i)
-        CFRelease(CFRetain(constant));
-    CFRelease(constant);  // one too many would kill a counted object
-    EXPECT_EQ(CFGetRetainCount(constant), count);
-    EXPECT_EQ(CFSTR("static"), constant);
+    for (CFTypeRef constant : {CFTypeRef(CFSTR("static")), CFTypeRef(kCFBooleanFalse), CFTypeRef(kCFNull)}) {
+        CFIndex count = CFGetRetainCount(constant);
+        for (int i = 0; i < 3; ++i)
+            CFRelease(CFRetain(constant));
+        CFRelease(constant);  // one too many would kill a counted object
+        EXPECT_EQ(CFGetRetainCount(constant), count);
+    }
+    EXPECT_EQ(CFSTR("static"), CFSTR("static"));
     EXPECT_EQ(_CFRuntimeGetLiveObjectCount(), liveBefore);
 }
 
 TEST(RetainCount, ConcurrentRetainsAndReleasesBalance)
 {
-    CFStringRef string = MakeString("shared");
+    CFStringRef string = Make("shared");
     auto churn = [string] {
         for (int i = 0; i < 100000; ++i)
             CFRelease(CFRetain(string));
@@ -61,14 +62,14 @@ TEST_F(RuntimeMisuseDeathTest, StopsWithAMessageNamingTheCall)
     EXPECT_DEATH(CFGetTypeID(nullptr), "CFGetTypeID: called with NULL");
     EXPECT_DEATH(
         {
-            CFStringRef string = MakeString("twice");
+            CFStringRef string = Make("twice");
             CFRelease(string);
             CFRelease(string);
         },
         "CFRelease: CFString 0x[0-9a-f]+ was released more often than it was retained");
     EXPECT_DEATH(
         {
-            CFStringRef string = MakeString("gone");
+            CFStringRef string = Make("gone");
             CFRelease(string);
             CFRetain(string);
         },
@@ -124,23 +125,17 @@ TEST(Allocators, ObjectsAreCarvedFromTheirAllocatorAndKeepItAlive)
     EXPECT_EQ(_CFRuntimeGetLiveObjectCount(), liveBefore - 2);
 }
 
-TEST(Allocators, RefusalMakesCreateAnswerNull)
+TEST(Allocators, TheDefaultIsTheSystemsTheNullAllocatorRefusesAndCreateAnswersNull)
 {
+    EXPECT_EQ(CFAllocatorGetDefault(), kCFAllocatorSystemDefault);
+    Owned string(Make("default"));
+    EXPECT_EQ(CFGetAllocator(string), kCFAllocatorSystemDefault);
     EXPECT_EQ(CFStringCreateWithCString(kCFAllocatorNull, "nothing", kCFStringEncodingUTF8), nullptr);
     EXPECT_EQ(CFAllocatorAllocate(kCFAllocatorNull, 16, 0), nullptr);
     CountingAllocator counting;
     counting.refuse = true;
-    CFAllocatorRef allocator = counting.Make();
+    Owned allocator(counting.Make());
     EXPECT_EQ(CFStringCreateMutable(allocator, 0), nullptr);
-    CFRelease(allocator);
-}
-
-TEST(Allocators, DefaultIsTheSystemAllocator)
-{
-    EXPECT_EQ(CFAllocatorGetDefault(), kCFAllocatorSystemDefault);
-    CFStringRef string = MakeString("default");
-    EXPECT_EQ(CFGetAllocator(string), kCFAllocatorSystemDefault);
-    CFRelease(string);
     void* memory = CFAllocatorAllocate(kCFAllocatorMalloc, 32, 0);
     ASSERT_NE(memory, nullptr);
     memory = CFAllocatorReallocate(kCFAllocatorMalloc, memory, 64, 0);
@@ -169,33 +164,22 @@ TEST(TypeIdentity, EachTypeHasItsOwnIdentifierAndName)
     EXPECT_EQ(CFGetTypeID(kCFAllocatorNull), CFAllocatorGetTypeID());
 }
 
-TEST(TypeIdentity, EqualityAndHashNeverCrossTypes)
+TEST(TypeIdentity, EqualityAndHashNeverCrossTypesDescriptionsNameTheType)
 {
-    CFStringRef one = MakeString("1");
+    Owned one(Make("1"));
     int value = 1;
-    CFNumberRef number = CFNumberCreate(nullptr, kCFNumberIntType, &value);
+    Owned number(CFNumberCreate(nullptr, kCFNumberIntType, &value));
     EXPECT_FALSE(CFEqual(one, number));
     EXPECT_FALSE(CFEqual(kCFBooleanTrue, number));
     EXPECT_FALSE(CFEqual(kCFNull, kCFBooleanFalse));
     EXPECT_TRUE(CFEqual(kCFNull, kCFNull));
-    CFStringRef same = CFStringCreateWithCString(nullptr, "1", kCFStringEncodingASCII);
+    Owned same(CFStringCreateWithCString(nullptr, "1", kCFStringEncodingASCII));
     EXPECT_TRUE(CFEqual(one, same));
     EXPECT_EQ(CFHash(one), CFHash(same));
-    CFRelease(same);
-    CFRelease(number);
-    CFRelease(one);
-}
-
-TEST(Description, NamesTheTypeAndShowsStringsAsThemselves)
-{
-    CFStringRef text = MakeString("plain text");
-    CFStringRef description = CFCopyDescription(text);
-    EXPECT_TRUE(CFEqual(description, text));
-    CFRelease(description);
-    description = CFCopyDescription(kCFNull);
-    EXPECT_EQ(cf::UTF8(description).rfind("<CFNull 0x", 0), 0u);
-    CFRelease(description);
-    CFRelease(text);
+    Owned description(CFCopyDescription(one));  // a string describes itself
+    EXPECT_TRUE(CFEqual(description, one));
+    Owned nullDescription(CFCopyDescription(kCFNull));
+    EXPECT_EQ(cf::UTF8(nullDescription).rfind("<CFNull 0x", 0), 0u);
 }
 
 }  // namespace

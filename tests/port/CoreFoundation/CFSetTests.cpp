@@ -1,5 +1,5 @@
 // Sets: add/replace/set semantics and what they retain, copied strings, raw values, equality.
-#include <CoreFoundation/CoreFoundation.h>
+#include "CFTesting.h"
 
 #include <gtest/gtest.h>
 
@@ -9,13 +9,14 @@
 
 namespace {
 
-CFStringRef Text(const char* inText) { return CFStringCreateWithCString(nullptr, inText, kCFStringEncodingUTF8); }
+using cftest::Make;
+using cftest::Owned;
 
 const void* Int(std::intptr_t inValue) { return reinterpret_cast<const void*>(inValue); }
 
 TEST(CFSetEditing, AddKeepsTheFirstReplaceAndSetSwapInTheNew)
 {
-    CFStringRef first = Text("same"), second = Text("same"), other = Text("other");
+    CFStringRef first = Make("same"), second = Make("same"), other = Make("other");
     CFMutableSetRef set = CFSetCreateMutable(nullptr, 0, &kCFTypeSetCallBacks);
     CFSetAddValue(set, first);
     CFSetAddValue(set, second);
@@ -48,21 +49,19 @@ TEST(CFSetEditing, AddKeepsTheFirstReplaceAndSetSwapInTheNew)
 
 TEST(CFSetCopyStrings, AMutableStringChangedLaterIsNotChangedInTheSet)
 {
-    CFMutableStringRef value = CFStringCreateMutableCopy(nullptr, 0, CFSTR("abc"));
-    CFMutableSetRef set = CFSetCreateMutable(nullptr, 0, &kCFCopyStringSetCallBacks);
+    Owned value(CFStringCreateMutableCopy(nullptr, 0, CFSTR("abc")));
+    Owned set(CFSetCreateMutable(nullptr, 0, &kCFCopyStringSetCallBacks));
     CFSetAddValue(set, value);
     CFStringAppendCString(value, "def", kCFStringEncodingUTF8);
     EXPECT_TRUE(CFSetContainsValue(set, CFSTR("abc")));
     EXPECT_FALSE(CFSetContainsValue(set, value));
     EXPECT_EQ(CFGetRetainCount(value), 1);
-    CFRelease(set);
-    CFRelease(value);
 }
 
 TEST(CFSetWithoutCallBacks, HoldsDistinctRawValues)
 {
     const void* values[] = {Int(0), Int(16), Int(16), Int(32)};
-    CFSetRef set = CFSetCreate(nullptr, values, 4, nullptr);
+    Owned set(CFSetCreate(nullptr, values, 4, nullptr));
     EXPECT_EQ(CFSetGetCount(set), 3);
     EXPECT_TRUE(CFSetContainsValue(set, Int(0)));
     EXPECT_FALSE(CFSetContainsValue(set, Int(8)));
@@ -70,12 +69,11 @@ TEST(CFSetWithoutCallBacks, HoldsDistinctRawValues)
     CFSetGetValues(set, all.data());
     std::sort(all.begin(), all.end());
     EXPECT_EQ(all, (std::vector<const void*>{Int(0), Int(16), Int(32)}));
-    CFRelease(set);
 }
 
 TEST(CFSetEquality, DependsOnMembersAndTheirEquality)
 {
-    CFStringRef a = Text("a"), b = Text("b");
+    CFStringRef a = Make("a"), b = Make("b");
     const void* values[] = {a, b};
     CFSetRef created = CFSetCreate(nullptr, values, 2, &kCFTypeSetCallBacks);
     CFMutableSetRef built = CFSetCreateMutable(nullptr, 0, &kCFTypeSetCallBacks);
@@ -98,11 +96,10 @@ using CFSetMisuseDeathTest = ::testing::Test;
 
 TEST_F(CFSetMisuseDeathTest, StopsTheProcessNamingTheCall)
 {
-    CFSetRef immutable = CFSetCreate(nullptr, nullptr, 0, &kCFTypeSetCallBacks);
-    EXPECT_DEATH(CFSetAddValue(const_cast<CFMutableSetRef>(immutable), CFSTR("x")), "CFSetAddValue: .*immutable");
+    Owned immutable(CFSetCreate(nullptr, nullptr, 0, &kCFTypeSetCallBacks));
+    EXPECT_DEATH(CFSetAddValue(const_cast<CFMutableSetRef>(immutable.get()), CFSTR("x")), "CFSetAddValue: .*immutable");
     EXPECT_DEATH(CFSetContainsValue(reinterpret_cast<CFSetRef>(CFSTR("x")), nullptr),
                  "CFSetContainsValue: expected a CFSet, got a CFString");
-    CFRelease(immutable);
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
 // Comparing and searching under the comparison flags; splitting and joining.
-#include "StringTesting.h"
+#include "CFTesting.h"
 
 #include <gtest/gtest.h>
 
@@ -8,9 +8,7 @@
 
 namespace {
 
-using stringtest::Make;
-using stringtest::Owned;
-using stringtest::Text;
+using namespace cftest;
 
 struct Comparison {
     const char* first;
@@ -97,9 +95,15 @@ struct Search {
 };
 
 // Ranges are in the searched string's UTF-16 units, whatever folding did to the lengths.
-TEST(StringSearch, FoldedMatchesAreReportedInSourceUnits)
+TEST(StringSearch, EachFlagFindsItsMatchReportedInSourceUnits)
 {
     const Search cases[] = {
+        {"one two One two", "two", 0, 4, 3},
+        {"one two One two", "two", kCFCompareBackwards, 12, 3},
+        {"one two One two", "one", kCFCompareBackwards, 0, 3},
+        {"one two One two", "one", kCFCompareBackwards | kCFCompareCaseInsensitive, 8, 3},
+        {"one two One two", "two", kCFCompareAnchored, kCFNotFound, 0},
+        {"one two One two", "", 0, kCFNotFound, 0},
         {"Stra\xC3\x9F" "e", "SS", kCFCompareCaseInsensitive, 4, 1},
         {"\xC3\x9F", "s", kCFCompareCaseInsensitive, kCFNotFound, 0},  // half of ß is no match
         {"cafe\xCC\x81 noir", "caf\xC3\xA9", kCFCompareNonliteral, 0, 5},
@@ -128,6 +132,9 @@ TEST(StringSearch, FoldedMatchesAreReportedInSourceUnits)
         EXPECT_EQ(found.length, c.length) << c.text << " / " << c.find << " with " << c.flags;
     }
     CFRange found{};
+    EXPECT_TRUE(CFStringFindWithOptions(CFSTR("one two"), CFSTR("o"), CFRangeMake(5, 2), 0, &found));
+    EXPECT_EQ(found.location, 6);
+    EXPECT_FALSE(CFStringFindWithOptions(CFSTR("one two"), CFSTR("two"), CFRangeMake(5, 2), 0, nullptr));
     Owned<CFStringRef> text(Make("A\xC3\xA4" "a\xC3\xA4"));
     EXPECT_TRUE(CFStringFindWithOptions(text, CFSTR("a"), CFRangeMake(1, 3), kCFCompareDiacriticInsensitive, &found));
     EXPECT_EQ(found.location, 1);

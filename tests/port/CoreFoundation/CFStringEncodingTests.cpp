@@ -1,6 +1,6 @@
 // Strings as bytes: partial conversion into buffers, external representations, encoding
 // names and the system encoding.
-#include "StringTesting.h"
+#include "CFTesting.h"
 
 #include <gtest/gtest.h>
 
@@ -11,8 +11,8 @@
 
 namespace {
 
-using stringtest::Make;
-using stringtest::Owned;
+using cftest::Make;
+using cftest::Owned;
 
 struct Converted {
     CFIndex characters;
@@ -122,7 +122,7 @@ TEST(StringEncodings, NamesAndIANACharacterSetNamesRoundTrip)
         EXPECT_NE(CFStringGetNameOfEncoding(encoding), nullptr) << encoding;
         CFStringRef iana = CFStringConvertEncodingToIANACharSetName(encoding);
         ASSERT_NE(iana, nullptr) << encoding;
-        EXPECT_EQ(CFStringConvertIANACharSetNameToEncoding(iana), encoding) << stringtest::Text(iana);
+        EXPECT_EQ(CFStringConvertIANACharSetNameToEncoding(iana), encoding) << cftest::Text(iana);
     }
     EXPECT_TRUE(CFEqual(CFStringGetNameOfEncoding(kCFStringEncodingMacRoman), CFSTR("Western (Mac OS Roman)")));
     EXPECT_TRUE(CFEqual(CFStringConvertEncodingToIANACharSetName(kCFStringEncodingUTF8), CFSTR("utf-8")));

@@ -1,14 +1,14 @@
 // Changing mutable strings: edits by range and index, padding, replacing occurrences,
 // trimming, case mapping and normalisation, and misuse.
-#include "StringTesting.h"
+#include "CFTesting.h"
 
 #include <gtest/gtest.h>
 
 namespace {
 
-using stringtest::MakeMutable;
-using stringtest::Owned;
-using stringtest::Text;
+using cftest::MakeMutable;
+using cftest::Owned;
+using cftest::Text;
 
 TEST(StringMutation, InsertDeleteAndReplaceKeepTheRestOfTheText)
 {
@@ -78,8 +78,8 @@ TEST(StringMutation, FindAndReplaceCountsWithinTheRangeAndUnderTheOptions)
     };
     for (const Case& c : cases) {
         Owned<CFMutableStringRef> text(MakeMutable(c.text));
-        Owned<CFStringRef> find(stringtest::Make(c.find));
-        Owned<CFStringRef> replacement(stringtest::Make(c.replacement));
+        Owned<CFStringRef> find(cftest::Make(c.find));
+        Owned<CFStringRef> replacement(cftest::Make(c.replacement));
         CFRange all = CFRangeMake(0, CFStringGetLength(text));
         EXPECT_EQ(CFStringFindAndReplace(text, find, replacement, all, c.options), c.count) << c.text << " / " << c.find;
         EXPECT_EQ(Text(text), c.result) << c.text << " / " << c.find;

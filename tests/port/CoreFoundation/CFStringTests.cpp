@@ -1,6 +1,5 @@
-// Strings: creation from encodings, reading back, comparison, search and appending.
-#include <CoreFoundation/CFRuntime.h>
-#include <CoreFoundation/CoreFoundation.h>
+// Strings: creation from encodings, reading back, copies and appending.
+#include "CFTesting.h"
 
 #include <gtest/gtest.h>
 
@@ -10,17 +9,7 @@
 
 namespace {
 
-// Owns one reference for the length of a test.
-struct Owned {
-    CFStringRef ref;
-    explicit Owned(CFStringRef inRef) : ref(inRef) {}
-    ~Owned()
-    {
-        if (ref)
-            CFRelease(ref);
-    }
-    operator CFStringRef() const { return ref; }
-};
+using cftest::Owned;
 
 std::u16string Characters(CFStringRef inString)
 {
@@ -42,7 +31,7 @@ TEST(StringCreation, DecodesEachEncodingIntoTheSameCharacters)
     Owned big(FromBytes({0xFE, 0xFF, 0, 'c', 0, 'a', 0, 'f', 0, 0xE9, 0, ' ', 0x20, 0xAC}, kCFStringEncodingUTF16, true));
     Owned little(FromBytes({'c', 0, 'a', 0, 'f', 0, 0xE9, 0, ' ', 0, 0xAC, 0x20}, kCFStringEncodingUTF16LE));
     EXPECT_EQ(Characters(utf8), u"café €");
-    for (CFStringRef other : {roman.ref, windows.ref, big.ref, little.ref}) {
+    for (CFStringRef other : {roman.get(), windows.get(), big.get(), little.get()}) {
         ASSERT_NE(other, nullptr);
         EXPECT_TRUE(CFEqual(utf8, other)) << cf::UTF8(other);
         EXPECT_EQ(CFHash(utf8), CFHash(other));
@@ -137,7 +126,7 @@ TEST(StringCopies, ImmutableCopiesShareMutableOnesDoNot)
 {
     Owned original(CFStringCreateWithCString(nullptr, "base", kCFStringEncodingUTF8));
     Owned copy(CFStringCreateCopy(nullptr, original));
-    EXPECT_EQ(copy.ref, original.ref);
+    EXPECT_EQ(copy.get(), original.get());
     EXPECT_EQ(CFGetRetainCount(original), 2);
 
     CFMutableStringRef mutableCopy = CFStringCreateMutableCopy(nullptr, 0, original);
@@ -146,7 +135,7 @@ TEST(StringCopies, ImmutableCopiesShareMutableOnesDoNot)
     EXPECT_EQ(Characters(mutableCopy), u"baseball");
     CFHashCode before = CFHash(mutableCopy);
     Owned snapshot(CFStringCreateCopy(nullptr, mutableCopy));
-    EXPECT_NE(snapshot.ref, mutableCopy);
+    EXPECT_NE(snapshot.get(), mutableCopy);
     CFStringAppend(mutableCopy, mutableCopy);
     EXPECT_EQ(Characters(mutableCopy), u"baseballbaseball");
     EXPECT_NE(CFHash(mutableCopy), before);  // the cached hash follows the change
@@ -158,37 +147,6 @@ TEST(StringCopies, ImmutableCopiesShareMutableOnesDoNot)
 
     Owned middle(CFStringCreateWithSubstring(nullptr, original, CFRangeMake(1, 2)));
     EXPECT_EQ(Characters(middle), u"as");
-}
-
-TEST(StringComparison, LiteralAndCaseInsensitive)
-{
-    Owned lower(CFStringCreateWithCString(nullptr, "stra\xC3\x9F" "e", kCFStringEncodingUTF8));
-    Owned upper(CFStringCreateWithCString(nullptr, "STRASSE", kCFStringEncodingUTF8));
-    EXPECT_EQ(CFStringCompare(lower, upper, 0), kCFCompareGreaterThan);
-    EXPECT_EQ(CFStringCompare(lower, upper, kCFCompareCaseInsensitive), kCFCompareEqualTo);
-    EXPECT_EQ(CFStringCompare(CFSTR("abc"), CFSTR("abd"), 0), kCFCompareLessThan);
-    EXPECT_EQ(CFStringCompare(CFSTR("Abc"), CFSTR("abc"), kCFCompareCaseInsensitive | kCFCompareForcedOrdering),
-              kCFCompareLessThan);
-}
-
-TEST(StringSearch, ForwardBackwardAnchoredAndCaseless)
-{
-    CFStringRef text = CFSTR("one two One two");
-    CFRange range = CFStringFind(text, CFSTR("two"), 0);
-    EXPECT_EQ(range.location, 4);
-    EXPECT_EQ(range.length, 3);
-    EXPECT_EQ(CFStringFind(text, CFSTR("two"), kCFCompareBackwards).location, 12);
-    EXPECT_EQ(CFStringFind(text, CFSTR("one"), kCFCompareBackwards).location, 0);
-    EXPECT_EQ(CFStringFind(text, CFSTR("one"), kCFCompareBackwards | kCFCompareCaseInsensitive).location, 8);
-    EXPECT_EQ(CFStringFind(text, CFSTR("two"), kCFCompareAnchored).location, kCFNotFound);
-    EXPECT_EQ(CFStringFind(text, CFSTR(""), 0).location, kCFNotFound);
-    CFRange found{};
-    EXPECT_TRUE(CFStringFindWithOptions(text, CFSTR("o"), CFRangeMake(5, 3), 0, &found));
-    EXPECT_EQ(found.location, 6);
-    EXPECT_FALSE(CFStringFindWithOptions(text, CFSTR("two"), CFRangeMake(5, 3), 0, nullptr));
-    EXPECT_TRUE(CFStringHasPrefix(text, CFSTR("one ")));
-    EXPECT_TRUE(CFStringHasSuffix(text, CFSTR(" two")));
-    EXPECT_FALSE(CFStringHasSuffix(text, CFSTR("One")));
 }
 
 TEST(StringSearchDeathTest, RangeOutsideTheStringStops)

@@ -1,6 +1,5 @@
 // URLs: resolution, components, percent escapes, file-system paths in each style, path edits.
-#include <CoreFoundation/CFRuntime.h>
-#include <CoreFoundation/CoreFoundation.h>
+#include "CFTesting.h"
 
 #include <gtest/gtest.h>
 
@@ -13,20 +12,7 @@ namespace {
 
 constexpr const char* kNull = "<NULL>";
 
-// Owns one reference for the length of a test.
-template <class T>
-struct Owned {
-    T ref;
-    explicit Owned(T inRef = nullptr) : ref(inRef) {}
-    Owned(const Owned&) = delete;
-    ~Owned()
-    {
-        if (ref)
-            CFRelease(ref);
-    }
-    operator T() const { return ref; }
-};
-
+using cftest::Owned;
 using URL = Owned<CFURLRef>;
 
 // The text of a string the caller owned, which it releases; kNull for NULL.
@@ -83,7 +69,7 @@ TEST(URLResolution, FollowsTheGenericSyntaxForEveryReference)
     };
     for (auto [reference, expected] : cases) {
         URL url(Make(reference, base));
-        ASSERT_NE(url.ref, nullptr) << reference;
+        ASSERT_NE(url.get(), nullptr) << reference;
         EXPECT_EQ(Absolute(url), expected) << reference;
     }
 }
@@ -93,7 +79,7 @@ TEST(URLResolution, KeepsTheBaseOfRelativeStringsOnly)
     URL base(Make("http://a/b/"));
     URL relative(Make("c?q", base));
     URL absolute(Make("ftp://x/y", base));
-    EXPECT_EQ(CFURLGetBaseURL(relative), base.ref);
+    EXPECT_EQ(CFURLGetBaseURL(relative), base.get());
     EXPECT_EQ(CFURLGetBaseURL(absolute), nullptr);
     EXPECT_EQ(Text(relative), "c?q");
     // A relative URL whose base is relative resolves through both.
@@ -163,7 +149,7 @@ TEST(URLComponents, RelativeURLsBorrowOnlyTheSchemeAndNetLocation)
 TEST(URLComponents, URLsThatCannotBeDecomposedAnswerOnlySchemeAndSpecifier)
 {
     URL mail(Make("mailto:x@y?subject=hi"));
-    ASSERT_NE(mail.ref, nullptr);
+    ASSERT_NE(mail.get(), nullptr);
     EXPECT_FALSE(CFURLCanBeDecomposed(mail));
     EXPECT_EQ(Take(CFURLCopyScheme(mail)), "mailto");
     EXPECT_EQ(Take(CFURLCopyResourceSpecifier(mail)), "x@y?subject=hi");
@@ -213,7 +199,7 @@ TEST(URLCreation, BytesCarryTheirEncodingIntoEscapesAndBackOut)
     EXPECT_EQ(CFDataGetLength(raw), CFIndex(sizeof "http://h/d/a b\tc" - 1));
 }
 
-TEST(URLEscapes, AddsEscapesForIllegalAndChosenCharacters)
+TEST(URLEscapes, AddedForIllegalAndChosenCharactersReplacedExceptThoseAskedToStay)
 {
     CFStringRef text = CFSTR("a b%/?é");
     EXPECT_EQ(Take(CFURLCreateStringByAddingPercentEscapes(nullptr, text, nullptr, nullptr, kCFStringEncodingUTF8)),
@@ -224,11 +210,7 @@ TEST(URLEscapes, AddsEscapesForIllegalAndChosenCharacters)
     EXPECT_EQ(Take(CFURLCreateStringByAddingPercentEscapes(nullptr, CFSTR("€"), nullptr, nullptr,
                                                            kCFStringEncodingISOLatin1)),
               kNull);
-}
-
-TEST(URLEscapes, ReplacesEscapesExceptThoseAskedToStay)
-{
-    CFStringRef text = CFSTR("a%20b%2Fc%C3%A9");
+    text = CFSTR("a%20b%2Fc%C3%A9");
     EXPECT_EQ(Take(CFURLCreateStringByReplacingPercentEscapes(nullptr, text, CFSTR(""))), "a b/c\xC3\xA9");
     EXPECT_EQ(Take(CFURLCreateStringByReplacingPercentEscapes(nullptr, text, CFSTR("/é"))), "a b%2Fc%C3%A9");
     EXPECT_EQ(Take(CFURLCreateStringByReplacingPercentEscapes(nullptr, text, nullptr)), "a%20b%2Fc%C3%A9");
@@ -276,7 +258,7 @@ TEST(URLFilePaths, RelativePathsStayRelativeToTheirBase)
     URL base(FromPath("/base dir", kCFURLPOSIXPathStyle, true));
     URL relative(FromPath("sub/f x", kCFURLPOSIXPathStyle, false, base));
     EXPECT_EQ(Text(relative), "sub/f%20x");
-    EXPECT_EQ(CFURLGetBaseURL(relative), base.ref);
+    EXPECT_EQ(CFURLGetBaseURL(relative), base.get());
     EXPECT_EQ(PathOf(relative), "sub/f x");
     EXPECT_EQ(Absolute(relative), "file:///base%20dir/sub/f%20x");
     char buffer[64];
@@ -359,7 +341,7 @@ TEST(URLPathEdits, AppendAndDeleteComponentsAtTheEdges)
     URL relative(Make("y/z", base));
     URL edited(CFURLCreateCopyDeletingLastPathComponent(nullptr, relative));
     EXPECT_EQ(Text(edited), "y/");
-    EXPECT_EQ(CFURLGetBaseURL(edited), base.ref);
+    EXPECT_EQ(CFURLGetBaseURL(edited), base.get());
 }
 
 TEST(URLPathEdits, ExtensionsComeAndGoBeforeTheDirectorySlash)

@@ -41,6 +41,11 @@ CFDataRef Bytes(std::string_view inBytes)
     return CFDataCreate(nullptr, reinterpret_cast<const UInt8*>(inBytes.data()), CFIndex(inBytes.size()));
 }
 
+std::string BytesOf(CFDataRef inData)
+{
+    return {reinterpret_cast<const char*>(CFDataGetBytePtr(inData)), std::size_t(CFDataGetLength(inData))};
+}
+
 std::string Text(CFStringRef inString) { return cf::UTF8(inString); }
 
 std::string Dump(CFPropertyListRef inValue)

@@ -52,6 +52,7 @@ private:
 
 CFStringRef Str(std::string_view inUTF8);
 CFDataRef Bytes(std::string_view inBytes);
+std::string BytesOf(CFDataRef inData);
 std::string Text(CFStringRef inString);
 
 // One line per tree: dictionaries sorted by key, numbers, dates and data spelled exactly.

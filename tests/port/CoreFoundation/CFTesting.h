@@ -1,19 +1,18 @@
-// Helpers of the string tests: owning what a test creates, and reading a string's text.
+// Helpers of the runtime's tests: owning what a test creates, and making and reading strings.
 #pragma once
 
 #include <CoreFoundation/CFRuntime.h>
 #include <CoreFoundation/CoreFoundation.h>
 
 #include <string>
-#include <utility>
 
-namespace stringtest {
+namespace cftest {
 
 // Owns one reference for the length of a test, so that a failed assertion does not leak.
 template <class Ref>
 class Owned {
 public:
-    explicit Owned(Ref inRef) : mRef(inRef) {}
+    explicit Owned(Ref inRef = nullptr) : mRef(inRef) {}
     Owned(const Owned&) = delete;
     Owned& operator=(const Owned&) = delete;
     ~Owned()
@@ -39,4 +38,4 @@ inline CFMutableStringRef MakeMutable(const char* inUTF8)
 
 inline std::string Text(CFStringRef inString) { return cf::UTF8(inString); }
 
-}  // namespace stringtest
+}  // namespace cftest
