@@ -22,11 +22,10 @@ TEST(GxDebugging, PascalStringsTruncateAtTheirEdges)
     EXPECT_EQ(dest[3], 'c') << "wrote beyond the destination size";
 
     EXPECT_EQ(Text(LoadPStrFromCStr(dest, 3, "abcdef")), "abc");
-    EXPECT_EQ(Text(LoadPStrFromCStr(dest, 255, "ab")), "ab");
     EXPECT_EQ(Text(LoadPStrFromCStr(dest, 255, nullptr)), "");
+    EXPECT_EQ(Text(LoadPStrFromCStr(dest, 255, "ab")), "ab");
 
     const Str255 tail = {3, 'x', 'y', 'z'};
-    LoadPStrFromCStr(dest, 255, "ab");
     EXPECT_EQ(Text(AppendPStr(dest, tail, sizeof dest)), "abxyz");
     EXPECT_EQ(Text(AppendPStr(dest, tail, 7)), "abxyzx");   // room for one more
     EXPECT_EQ(Text(AppendPStr(dest, tail, 7)), "abxyzx");   // full

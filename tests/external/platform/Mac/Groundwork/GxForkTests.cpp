@@ -106,7 +106,6 @@ TEST_F(ForkTest, EachPlatformFailureIsRaisedWithItsStatusAndCall)
     Gx::FSObject object;
     HFSUniStr255 name;
     FSForkInfo info;
-    char byte;
     const std::pair<Call, const char*> closedCalls[] = {
         {[&] { closed.GetSize(); }, "FSGetForkSize failed"},
         {[&] { closed.ReadContents(); }, "FSGetForkSize failed"},
@@ -115,7 +114,6 @@ TEST_F(ForkTest, EachPlatformFailureIsRaisedWithItsStatusAndCall)
         {[&] { closed.GetFSObject(object); }, "FSGetForkCBInfo failed"},
         {[&] { closed.GetForkName(name); }, "FSGetForkCBInfo failed"},
         {[&] { closed.GetForkInfo(info); }, "FSGetForkCBInfo failed"},
-        {[&] { closed.ReadData(&byte, 1, fsFromStart, 0); }, "FSReadFork failed"},
     };
     for (const auto& [call, message] : closedCalls)
         ExpectOSError(call, rfNumErr, message);

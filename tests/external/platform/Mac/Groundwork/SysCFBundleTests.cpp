@@ -61,18 +61,6 @@ protected:
     ScopedVariable mLanguage{"LANGUAGE", "fr"};
 };
 
-TEST_F(SysCFBundle, CreatedBundlesAreAdoptedAndFoundOnesRetained)
-{
-    Gx::CFBundle bundle(URLOf("Wrapped.bundle"));
-    EXPECT_EQ(bundle.GetRetainCount(), 1);
-    Gx::CFBundle found(CFSTR("org.spindeck.tests.wrappers"));
-    EXPECT_TRUE(found.HasSameRef(bundle.GetRefValue()));
-    EXPECT_EQ(bundle.GetRetainCount(), 2);
-
-    ExpectThrows<Gx::RuntimeError>([] { Gx::CFBundle(CFSTR("org.spindeck.tests.nobody")); }, FourCC("cfcr"));
-    ExpectThrows<Gx::RuntimeError>([&] { Gx::CFBundle(URLOf("Missing.bundle")); }, FourCC("cfcr"));
-}
-
 // Every result holds exactly one retain of its own, whether the platform handed one over
 // (its Copy calls: adopted) or kept the object (its Get calls: retained). So a second result
 // of the same object adds one retain, and an object made afresh has exactly one.
@@ -85,9 +73,18 @@ void ExpectOneRetainPerResult(Get inGet)
     EXPECT_EQ(second.GetRetainCount(), second.HasSameRef(first.GetRefValue()) ? alone + 1 : 1);
 }
 
-TEST_F(SysCFBundle, EveryResultOwnsOneRetain)
+TEST_F(SysCFBundle, CreatedBundlesAreAdoptedAndFoundOnesAndEveryResultRetained)
 {
     Gx::CFBundle bundle(URLOf("Wrapped.bundle"));
+    EXPECT_EQ(bundle.GetRetainCount(), 1);
+    {
+        Gx::CFBundle found(CFSTR("org.spindeck.tests.wrappers"));
+        EXPECT_TRUE(found.HasSameRef(bundle.GetRefValue()));
+        EXPECT_EQ(bundle.GetRetainCount(), 2);
+    }
+    ExpectThrows<Gx::RuntimeError>([] { Gx::CFBundle(CFSTR("org.spindeck.tests.nobody")); }, FourCC("cfcr"));
+    ExpectThrows<Gx::RuntimeError>([&] { Gx::CFBundle(URLOf("Missing.bundle")); }, FourCC("cfcr"));
+
     ExpectOneRetainPerResult([&] { return bundle.GetIdentifier(); });
     ExpectOneRetainPerResult([&] { return bundle.GetGlobalInfoDictionary(); });
     ExpectOneRetainPerResult([&] { return bundle.GetBundleURL(); });

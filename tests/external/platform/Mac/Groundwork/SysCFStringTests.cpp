@@ -27,7 +27,6 @@ TEST(SysCFString, CreatedStringsAreAdoptedAndANullResultThrows)
         [&](CFAllocatorRef a) { return Gx::CFString(units, 2, a); },
         [&](CFAllocatorRef a) { return Gx::CFString(name, a); },
         [&](CFAllocatorRef a) { return Gx::CFString(bytes, 2, kCFStringEncodingASCII, false, a); },
-        [&](CFAllocatorRef a) { return Gx::CFString(std::string("ab"), kCFStringEncodingUTF8, a); },
     };
     for (auto& make : makers) {
         Gx::CFString made = make(kCFAllocatorDefault);
