@@ -2,20 +2,20 @@
 // read back by Python's plistlib, which knows nothing of our property-list code.
 #include <platform/Mac/spindeckMac/LoginItems.h>
 
+#include "LaunchTesting.h"
+
 #include <gtest/gtest.h>
 
-#include <stdlib.h>
 #include <sys/stat.h>
 
 #include <cstdio>
-#include <filesystem>
 #include <optional>
 #include <string>
 #include <vector>
 
 namespace {
 
-namespace fs = std::filesystem;
+using spindeck::test::ScopedVariable;
 
 const std::string kOwn = "/Applications/Vemora spindeck.app/Contents/MacOS/Vemora spindeck Helper.app";
 const std::string kOwnUpper = "/Applications/Vemora spindeck.app/Contents/MacOS/VEMORA SPINDECK HELPER.app";
@@ -32,35 +32,19 @@ std::string List(const std::vector<std::string>& inEntries)
     return list + "]";
 }
 
-std::string Quoted(const std::string& inText)
+// Runs a script on the domain file (path in `file`) and, if given, a JSON list (in `items`);
+// answers what it printed. Handed over in the environment, so that nothing needs quoting.
+std::string Python(const std::string& inScript, const std::string& inFile, const std::string& inList = "")
 {
-    std::string quoted = "'";
-    for (char c : inText)
-        quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
-    return quoted + "'";
-}
-
-// Runs a script with the file and, if given, a list as arguments; answers what it printed.
-std::string Python(const std::string& inScript, const fs::path& inFile, const std::string& inList = "")
-{
-    std::string command = "python3 -c " + Quoted("import json, plistlib, sys\n" + inScript) + " " +
-                          Quoted(inFile.string()) + " " + Quoted(inList);
+    ScopedVariable script("LOGIN_ITEMS_SCRIPT", "import json, os, plistlib\nfile = os.environ['LOGIN_ITEMS_FILE']\n"
+                                                "items = os.environ['LOGIN_ITEMS_LIST']\n" + inScript);
+    ScopedVariable file("LOGIN_ITEMS_FILE", inFile), list("LOGIN_ITEMS_LIST", inList);
     std::string output;
-    FILE* child = popen(command.c_str(), "r");
+    FILE* child = popen("python3 -c \"$LOGIN_ITEMS_SCRIPT\"", "r");
     char buffer[4096];
     while (std::size_t count = child ? std::fread(buffer, 1, sizeof buffer, child) : 0)
         output.append(buffer, count);
     return child && pclose(child) == 0 ? output : output + "(python3 failed)";
-}
-
-bool Update(const std::string& inPath, bool inNamed, UpdateLoginItemsAction inAction)
-{
-    CFStringRef path = CFStringCreateWithCString(nullptr, inPath.c_str(), kCFStringEncodingUTF8);
-    CFURLRef url = CFURLCreateWithFileSystemPath(nullptr, path, kCFURLPOSIXPathStyle, true);
-    bool result = UpdateLoginItems(url, inNamed ? CFSTR("Vemora spindeck Helper") : nullptr, inAction);
-    CFRelease(url);
-    CFRelease(path);
-    return result;
 }
 
 struct Case {
@@ -71,67 +55,49 @@ struct Case {
     std::optional<std::string> expected;  // the list written; none: the file is left alone
 };
 
-class LoginItems : public testing::Test {
-protected:
-    void SetUp() override
-    {
-        char folder[] = "/tmp/LoginItemsTests-XXXXXX";
-        ASSERT_NE(mkdtemp(folder), nullptr);
-        mFolder = folder;
-        if (const char* config = getenv("XDG_CONFIG_HOME"))
-            mSavedConfig = config;
-    }
-    void TearDown() override
-    {
-        if (mSavedConfig)
-            setenv("XDG_CONFIG_HOME", mSavedConfig->c_str(), 1);
-        else
-            unsetenv("XDG_CONFIG_HOME");
-        fs::remove_all(mFolder);
-    }
-
-    // Each case has a configuration folder of its own. The domain file is written with a
-    // second key, which must survive, and read back with the list's keys sorted.
-    void Run(const Case& inCase, int inNumber)
-    {
-        SCOPED_TRACE(testing::Message() << "case " << inNumber);
-        const fs::path config = mFolder / std::to_string(inNumber);
-        const fs::path file = config / "preferences/loginwindow.plist";
-        setenv("XDG_CONFIG_HOME", config.c_str(), 1);
+// Each case has a configuration folder of its own. The domain file is written with a second
+// key, which must survive, and read back with the list's keys sorted.
+void RunCases(const std::vector<Case>& inCases)
+{
+    spindeck::test::ScratchFolder folder;
+    for (std::size_t number = 0; number < inCases.size(); ++number) {
+        const Case& test = inCases[number];
+        SCOPED_TRACE(testing::Message() << "case " << number);
+        const std::string config = folder.Path(std::to_string(number));
+        const std::string file = config + "/preferences/loginwindow.plist";
+        ScopedVariable home("XDG_CONFIG_HOME", config);
         struct stat before {}, after {};
-        if (inCase.stored) {
-            fs::create_directories(file.parent_path());
-            EXPECT_EQ(Python("plistlib.dump({'Other': 'kept', 'AutoLaunchedApplicationDictionary':"
-                             " json.loads(sys.argv[2])}, open(sys.argv[1], 'wb'))",
-                             file, *inCase.stored), "");
+        if (test.stored) {
+            std::filesystem::create_directories(config + "/preferences");
+            EXPECT_EQ(Python("plistlib.dump({'Other': 'kept', 'AutoLaunchedApplicationDictionary': json.loads(items)},"
+                             " open(file, 'wb'))",
+                             file, *test.stored), "");
             ASSERT_EQ(stat(file.c_str(), &before), 0);
         }
-        EXPECT_EQ(Update(kOwn, inCase.named, inCase.action), inCase.result);
+        EXPECT_EQ(UpdateLoginItems(spindeck::test::PathURL(kOwn, true).get(),
+                                   test.named ? CFSTR("Vemora spindeck Helper") : nullptr, test.action),
+                  test.result);
         const bool exists = stat(file.c_str(), &after) == 0;
-        if (inCase.expected) {
-            EXPECT_EQ(Python("d = plistlib.load(open(sys.argv[1], 'rb'))\n"
+        if (test.expected) {
+            EXPECT_EQ(Python("d = plistlib.load(open(file, 'rb'))\n"
                              "print(d.get('Other'), json.dumps(d['AutoLaunchedApplicationDictionary'], sort_keys=True))",
                              file),
-                      (inCase.stored ? "kept " : "None ") + *inCase.expected + "\n");
+                      (test.stored ? "kept " : "None ") + *test.expected + "\n");
         } else {
-            EXPECT_EQ(exists, inCase.stored.has_value());
+            EXPECT_EQ(exists, test.stored.has_value());
             EXPECT_TRUE(!exists || (after.st_ino == before.st_ino && after.st_mtim.tv_sec == before.st_mtim.tv_sec &&
                                     after.st_mtim.tv_nsec == before.st_mtim.tv_nsec))
                 << "the file was rewritten";
         }
     }
+}
 
-    fs::path mFolder;
-    std::optional<std::string> mSavedConfig;
-};
-
-TEST_F(LoginItems, AddingMovingAndFindingTheItem)
+TEST(LoginItems, AddingMovingAndFindingTheItem)
 {
     const std::string tagged = R"({"Hide": true, "Path": ")" + kOwn + R"(", "Tag": "first"})";
     const std::string taggedSecond = R"({"Hide": false, "Path": ")" + kOwn + R"(", "Tag": "second"})";
-    const Case cases[] = {
+    RunCases({
         {std::nullopt, true, kAddIfNotFound, true, List({Entry(kOwn)})},
-        {std::nullopt, true, kMoveToEndIfPresent, true, List({Entry(kOwn)})},
         {std::nullopt, true, kRemoveIfFound, false, std::nullopt},
         {std::nullopt, true, kJustSeeIfItsThere, false, std::nullopt},
         {List({}), false, kAddIfNotFound, true, List({Entry(kOwn)})},
@@ -152,17 +118,15 @@ TEST_F(LoginItems, AddingMovingAndFindingTheItem)
         {List({tagged, taggedSecond}), false, kMoveToEndIfPresent, true, List({taggedSecond, Entry(kOwn)})},
         {List({tagged, Entry(kUnrelated), taggedSecond}), true, kRemoveIfFound, true,
          List({Entry(kUnrelated)})},
-    };
-    for (std::size_t i = 0; i < std::size(cases); ++i)
-        Run(cases[i], int(i));
+    });
 }
 
-TEST_F(LoginItems, StaleCopiesAreRemovedByEveryActionAndOnlyByName)
+TEST(LoginItems, StaleCopiesAreRemovedByEveryActionAndOnlyByName)
 {
     const std::string stale = List({Entry(kOld), Entry(kUnrelated)});
     const std::string withoutPath = R"({"Hide": true, "Name": "no path"})";
     const std::string extraKeys = R"({"Extra": 1, "Hide": true, "Path": ")" + kUnrelated + "\"}";
-    const Case cases[] = {
+    RunCases({
         {stale, true, kAddIfNotFound, true, List({Entry(kUnrelated), Entry(kOwn)})},
         {stale, true, kAddToEndIfNotFoundButMoveToEndIfPresent, true, List({Entry(kUnrelated), Entry(kOwn)})},
         {stale, true, kRemoveIfFound, true, List({Entry(kUnrelated)})},
@@ -177,9 +141,7 @@ TEST_F(LoginItems, StaleCopiesAreRemovedByEveryActionAndOnlyByName)
         // Entries without a path, and keys this code does not know, survive.
         {List({withoutPath, extraKeys, Entry(kOld)}), true, kRemoveIfFound, true,
          List({withoutPath, extraKeys})},
-    };
-    for (std::size_t i = 0; i < std::size(cases); ++i)
-        Run(cases[i], int(i));
+    });
 }
 
 }  // namespace

@@ -1,18 +1,10 @@
 #include "platform/Mac/utils/BundleUtils.h"
 
-#include "BridgesTesting.h"
+#include "LaunchTesting.h"
+
+#include <gmock/gmock.h>
 
 namespace {
-
-bool ThrowsNilReference(void (*inCall)())
-{
-    try {
-        inCall();
-    } catch (const Gx::RuntimeError& e) {
-        return e.What() == Gx::exceptionID_NilReference;
-    }
-    return false;
-}
 
 // Every test leaves the main bundle current again, so that a bundle it set is released.
 class CurrentBundle : public ::testing::Test {
@@ -22,9 +14,14 @@ protected:
     spindeck::test::ScratchFolder mFolder;
 };
 
+const auto kThrowsNilReference =
+    testing::Throws<Gx::RuntimeError>(testing::Property(&Gx::RuntimeError::What, Gx::exceptionID_NilReference));
+
 TEST_F(CurrentBundle, IsTheMainBundleUntilAHostSetsAnother)
 {
     EXPECT_EQ(kvx::GetCurrentBundle(), CFBundleGetMainBundle());
+    EXPECT_THAT([] { kvx::SetBundle(nullptr); }, kThrowsNilReference);
+    EXPECT_EQ(kvx::GetCurrentBundle(), CFBundleGetMainBundle()) << "a refused path changes nothing";
 
     std::string path = mFolder.Path("Host.bundle");
     spindeck::test::MakeBundle(path, "<key>CFBundleIdentifier</key><string>com.vemora.test.host</string>");
@@ -32,16 +29,10 @@ TEST_F(CurrentBundle, IsTheMainBundleUntilAHostSetsAnother)
     CFBundleRef current = kvx::GetCurrentBundle();
     EXPECT_TRUE(kvx::GetBundle().HasSameRef(current)) << "GetBundle is the current bundle itself";
     EXPECT_TRUE(Gx::CFString(CFBundleGetIdentifier(current), true) == CFSTR("com.vemora.test.host"));
-}
-
-TEST_F(CurrentBundle, NilPathsAndBundlesAreTheNilReferenceError)
-{
-    EXPECT_TRUE(ThrowsNilReference([] { kvx::SetBundle(nullptr); }));
-    EXPECT_EQ(kvx::GetCurrentBundle(), CFBundleGetMainBundle()) << "a refused path changes nothing";
 
     // A folder that holds no bundle is taken without a check; the next lookup fails.
     kvx::SetBundle(Gx::CFString(mFolder.Path("Missing.bundle")));
-    EXPECT_TRUE(ThrowsNilReference([] { kvx::GetCurrentBundle(); }));
+    EXPECT_THAT([] { kvx::GetCurrentBundle(); }, kThrowsNilReference);
 }
 
 }  // namespace

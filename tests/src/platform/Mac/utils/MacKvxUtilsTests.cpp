@@ -6,9 +6,7 @@
 
 namespace {
 
-using spindeck::test::DisplayVariable;
-using spindeck::test::XReply;
-using spindeck::test::XvfbDisplay;
+using namespace spindeck::test;
 
 struct WindowDisposer {
     void operator()(OpaqueWindowPtr* inWindow) const { DisposeWindow(inWindow); }
