@@ -37,17 +37,6 @@ void Write(const fs::path& inPath, std::string_view inBytes)
     plisttest::WriteFile(inPath, inBytes);
 }
 
-// Text as UTF-16 in either byte order, after a byte-order mark.
-std::string UTF16(std::u16string_view inText, bool inBigEndian)
-{
-    std::string bytes = inBigEndian ? "\xFE\xFF" : "\xFF\xFE";
-    for (char16_t unit : inText) {
-        char high = char(unit >> 8), low = char(unit & 0xFF);
-        bytes += inBigEndian ? std::string{high, low} : std::string{low, high};
-    }
-    return bytes;
-}
-
 std::string BinaryTable(const char* inKey, const char* inValue)
 {
     Ref key(Str(inKey)), value(Str(inValue));
@@ -169,9 +158,9 @@ private:
         Write(resources / "fr.lproj" / "greeting.txt", "Bonjour");
         Write(resources / "fr.lproj" / "only-fr.txt", "Seulement");
         Write(resources / "fr.lproj" / "images" / "flag.png", "bleu blanc rouge");
-        Write(resources / "en.lproj" / "InfoPlist.strings", UTF16(u"\"CFBundleName\" = \"Sample (English)\";", false));
+        Write(resources / "en.lproj" / "InfoPlist.strings", plisttest::UTF16(u"\"CFBundleName\" = \"Sample (English)\";", false));
         Write(resources / "fr.lproj" / "InfoPlist.strings",
-              UTF16(u"/* nom */ \"CFBundleName\" = \"\u00C9chantillon\";", true));
+              plisttest::UTF16(u"/* nom */ \"CFBundleName\" = \"\u00C9chantillon\";", true));
         Write(resources / "en.lproj" / "Localizable.strings",
               "/* greetings */\n\"Hello\" = \"Hello\";\n\"Bye\" = \"Goodbye\";\n");
         Write(resources / "fr.lproj" / "Localizable.strings", "\"Hello\" = \"Bonjour\"; // no farewell here\n");

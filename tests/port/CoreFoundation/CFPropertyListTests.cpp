@@ -104,11 +104,12 @@ TEST(CFDate, HoldsAnAbsoluteTimeAndComparesByIt)
     EXPECT_NEAR(CFAbsoluteTimeGetCurrent() + kCFAbsoluteTimeIntervalSince1970, double(std::time(nullptr)), 2.0);
 }
 
-TEST(CFPropertyListInterchange, WhatWeWritePlistlibReadsIdentically)
+TEST(CFPropertyListInterchange, WhatWeWritePlistlibReadsIdenticallyAndTheOtherWayRound)
 {
     TemporaryFolder folder;
-    for (CFPropertyListFormat format : {kCFPropertyListXMLFormat_v1_0, kCFPropertyListBinaryFormat_v1_0}) {
-        SCOPED_TRACE(format);
+    for (auto [mode, format] : {std::pair{"xml", kCFPropertyListXMLFormat_v1_0},
+                                std::pair{"binary", kCFPropertyListBinaryFormat_v1_0}}) {
+        SCOPED_TRACE(mode);
         Ref tree = SampleTree(format == kCFPropertyListBinaryFormat_v1_0);
         CFStringRef error = nullptr;
         Ref data(CFPropertyListCreateData(nullptr, tree.get(), format, 0, &error));
@@ -118,31 +119,21 @@ TEST(CFPropertyListInterchange, WhatWeWritePlistlibReadsIdentically)
         WriteFile(folder / "ours.plist", bytes);
         int status = -1;
         EXPECT_EQ(RunProgram({"python3", "-c", kPlistlib, "read", folder / "ours.plist"}, &status), Dump(tree.get()));
-        EXPECT_EQ(status, 0);
-
+        ASSERT_EQ(status, 0) << "python3 with plistlib is needed (scripts/setup installs it)";
         CFPropertyListFormat detected{};
         Ref back = Parse(bytes, kCFPropertyListImmutable, nullptr, &detected);
         ASSERT_TRUE(back);
         EXPECT_TRUE(CFEqual(back.get(), tree.get())) << Dump(back.get());
         EXPECT_EQ(detected, format);
-    }
-}
 
-TEST(CFPropertyListInterchange, WhatPlistlibWritesWeReadIdentically)
-{
-    TemporaryFolder folder;
-    for (auto [mode, format] : {std::pair{"xml", kCFPropertyListXMLFormat_v1_0},
-                                std::pair{"binary", kCFPropertyListBinaryFormat_v1_0}}) {
-        SCOPED_TRACE(mode);
-        int status = -1;
         std::string expected = RunProgram({"python3", "-c", kPlistlib, mode, folder / "theirs.plist"}, &status);
-        ASSERT_EQ(status, 0) << "python3 with plistlib is needed (scripts/setup installs it)";
+        ASSERT_EQ(status, 0);
         EXPECT_EQ(expected.find("fraction") != std::string::npos, format == kCFPropertyListBinaryFormat_v1_0);
-        std::string error;
-        CFPropertyListFormat detected{};
-        Ref ours = Parse(ReadFile(folder / "theirs.plist"), kCFPropertyListImmutable, &error, &detected);
-        ASSERT_TRUE(ours) << error;
-        EXPECT_EQ(Dump(ours.get()), expected);
+        std::string reason;
+        detected = {};
+        Ref theirs = Parse(ReadFile(folder / "theirs.plist"), kCFPropertyListImmutable, &reason, &detected);
+        ASSERT_TRUE(theirs) << reason;
+        EXPECT_EQ(Dump(theirs.get()), expected);
         EXPECT_EQ(detected, format);
     }
 }
@@ -178,12 +169,9 @@ unquoted_key = bare.value-1/x; "Shorthand";
     EXPECT_EQ(Dump(Lookup(strings, "Nested").get()), R"({s"empty":{},s"list":[s"a",s"b c",x0fbd77,[]]})");
 
     // The same entry in UTF-16 of either byte order and in UTF-8 with its mark.
-    std::string little("\xFF\xFE", 2), big("\xFE\xFF", 2);
-    for (char16_t unit : std::u16string(u"\"k\" = \"v\u00e9\";")) {
-        little += {char(unit & 0xFF), char(unit >> 8)};
-        big += {char(unit >> 8), char(unit & 0xFF)};
-    }
-    for (const std::string& bytes : {little, big, std::string("\xEF\xBB\xBF\"k\"=\"v\xC3\xA9\"")}) {
+    const std::u16string_view entry16 = u"\"k\" = \"v\u00e9\";";
+    for (const std::string& bytes :
+         {UTF16(entry16, false), UTF16(entry16, true), std::string("\xEF\xBB\xBF\"k\"=\"v\xC3\xA9\"")}) {
         Ref entry = Parse(bytes, kCFPropertyListImmutable, &error);
         ASSERT_TRUE(entry) << error;
         EXPECT_EQ(Dump(entry.get()), "{s\"k\":s\"v\u00e9\"}");

@@ -11,8 +11,7 @@
 
 namespace {
 
-using cftest::Make;
-using cftest::Owned;
+using namespace cftest;
 
 struct Converted {
     CFIndex characters;
@@ -38,33 +37,33 @@ Converted GetBytes(CFStringRef inString, CFRange inRange, CFStringEncoding inEnc
 TEST(StringBytes, GetBytesStopsWhereConversionOrRoomEnds)
 {
     Owned<CFStringRef> text(Make("na\xC3\xAFve \xE2\x82\xAC"));  // naïve €
-    CFRange all = CFRangeMake(0, 7);
-    Converted ascii = GetBytes(text, all, kCFStringEncodingASCII, 0, false, 20);
-    EXPECT_EQ(ascii.characters, 2);
-    EXPECT_EQ(ascii.bytes, "na");
-    Converted lossy = GetBytes(text, all, kCFStringEncodingASCII, '?', false, 20);
-    EXPECT_EQ(lossy.characters, 7);
-    EXPECT_EQ(lossy.bytes, "na?ve ?");
-    Converted roman = GetBytes(text, all, kCFStringEncodingMacRoman, 0, false, 20);
-    EXPECT_EQ(roman.characters, 7);
-    EXPECT_EQ(roman.bytes, "na\x95ve \xDB");
-    Converted counted = GetBytes(text, all, kCFStringEncodingUTF8, 0, false, -1);
-    EXPECT_EQ(counted.characters, 7);
-    EXPECT_EQ(counted.used, 10);
-    Converted tight = GetBytes(text, all, kCFStringEncodingUTF8, 0, false, 3);  // ï needs two bytes
-    EXPECT_EQ(tight.characters, 2);
-    EXPECT_EQ(tight.bytes, "na");
-    Converted middle = GetBytes(text, CFRangeMake(2, 3), kCFStringEncodingISOLatin1, 0, false, 20);
-    EXPECT_EQ(middle.characters, 3);
-    EXPECT_EQ(middle.bytes, "\xEFve");
-
     Owned<CFStringRef> astral(Make("a\xF0\x9F\x98\x80"));
-    Converted split = GetBytes(astral, CFRangeMake(0, 3), kCFStringEncodingUTF16BE, 0, false, 4);
-    EXPECT_EQ(split.characters, 1);  // never half a surrogate pair
-    EXPECT_EQ(split.bytes, std::string("\0a", 2));
-    Converted wide = GetBytes(astral, CFRangeMake(0, 3), kCFStringEncodingUTF32BE, 0, false, 8);
-    EXPECT_EQ(wide.characters, 3);
-    EXPECT_EQ(wide.bytes, std::string("\0\0\0a\0\x01\xF6\x00", 8));
+    struct Case {
+        CFStringRef string;
+        CFRange range;
+        CFStringEncoding encoding;
+        UInt8 lossByte;
+        CFIndex capacity;  // negative: no buffer, only counting
+        CFIndex characters;
+        CFIndex used;
+        std::string bytes;
+    };
+    const Case cases[] = {
+        {text, CFRangeMake(0, 7), kCFStringEncodingASCII, 0, 20, 2, 2, "na"},
+        {text, CFRangeMake(0, 7), kCFStringEncodingASCII, '?', 20, 7, 7, "na?ve ?"},
+        {text, CFRangeMake(0, 7), kCFStringEncodingMacRoman, 0, 20, 7, 7, "na\x95ve \xDB"},
+        {text, CFRangeMake(0, 7), kCFStringEncodingUTF8, 0, -1, 7, 10, ""},
+        {text, CFRangeMake(0, 7), kCFStringEncodingUTF8, 0, 3, 2, 2, "na"},  // ï needs two bytes
+        {text, CFRangeMake(2, 3), kCFStringEncodingISOLatin1, 0, 20, 3, 3, "\xEFve"},
+        {astral, CFRangeMake(0, 3), kCFStringEncodingUTF16BE, 0, 4, 1, 2, std::string("\0a", 2)},  // never half a pair
+        {astral, CFRangeMake(0, 3), kCFStringEncodingUTF32BE, 0, 8, 3, 8, std::string("\0\0\0a\0\x01\xF6\x00", 8)},
+    };
+    for (const Case& c : cases) {
+        Converted converted = GetBytes(c.string, c.range, c.encoding, c.lossByte, false, c.capacity);
+        EXPECT_EQ(converted.characters, c.characters) << c.encoding << " into " << c.capacity;
+        EXPECT_EQ(converted.used, c.used) << c.encoding << " into " << c.capacity;
+        EXPECT_EQ(converted.bytes, c.bytes) << c.encoding << " into " << c.capacity;
+    }
     EXPECT_DEATH(GetBytes(text, CFRangeMake(5, 3), kCFStringEncodingUTF8, 0, false, 20),
                  "CFStringGetBytes: range \\{5, 3\\}");
 }

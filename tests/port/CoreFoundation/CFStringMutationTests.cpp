@@ -10,7 +10,7 @@ using cftest::MakeMutable;
 using cftest::Owned;
 using cftest::Text;
 
-TEST(StringMutation, InsertDeleteAndReplaceKeepTheRestOfTheText)
+TEST(StringMutation, InsertDeleteReplaceAndPadKeepTheRestOfTheText)
 {
     Owned<CFMutableStringRef> string(MakeMutable("bcd"));
     CFHashCode before = CFHash(string);
@@ -32,19 +32,16 @@ TEST(StringMutation, InsertDeleteAndReplaceKeepTheRestOfTheText)
     const unsigned char pascal[] = {3, 'a', 'l', 0x8E, 'X'};  // the length byte leaves X out
     CFStringAppendPascalString(string, pascal, kCFStringEncodingMacRoman);
     EXPECT_EQ(Text(string), "final\xC3\xA9");
-}
-
-TEST(StringMutation, PadLengthensFromThePadIndexAndTruncates)
-{
-    Owned<CFMutableStringRef> string(MakeMutable("ab"));
-    CFStringPad(string, CFSTR("xyz"), 9, 1);
-    EXPECT_EQ(Text(string), "abyzxyzxy");
-    CFStringPad(string, nullptr, 3, 0);
-    EXPECT_EQ(Text(string), "aby");
-    CFStringPad(string, string, 5, 2);  // padding with itself uses the text from before
-    EXPECT_EQ(Text(string), "abyya");
-    CFStringPad(string, nullptr, 0, 0);
-    EXPECT_EQ(CFStringGetLength(string), 0);
+    // Padding lengthens from the pad index, or truncates.
+    Owned<CFMutableStringRef> padded(MakeMutable("ab"));
+    CFStringPad(padded, CFSTR("xyz"), 9, 1);
+    EXPECT_EQ(Text(padded), "abyzxyzxy");
+    CFStringPad(padded, nullptr, 3, 0);
+    EXPECT_EQ(Text(padded), "aby");
+    CFStringPad(padded, padded, 5, 2);  // padding with itself uses the text from before
+    EXPECT_EQ(Text(padded), "abyya");
+    CFStringPad(padded, nullptr, 0, 0);
+    EXPECT_EQ(CFStringGetLength(padded), 0);
 }
 
 TEST(StringMutation, FindAndReplaceCountsWithinTheRangeAndUnderTheOptions)
@@ -86,7 +83,7 @@ TEST(StringMutation, FindAndReplaceCountsWithinTheRangeAndUnderTheOptions)
     }
 }
 
-TEST(StringMutation, TrimWhitespaceAndCaseMapping)
+TEST(StringMutation, TrimWhitespaceCaseMappingAndTheFourNormalForms)
 {
     Owned<CFMutableStringRef> string(MakeMutable(" \t\xC2\xA0 two words\n\xE3\x80\x80"));
     CFStringTrimWhitespace(string);
@@ -102,19 +99,15 @@ TEST(StringMutation, TrimWhitespaceAndCaseMapping)
     EXPECT_EQ(Text(text), "strasse \xC3\xA0 l'\xC3\xA9t\xC3\xA9 hello world");
     CFStringCapitalize(text, nullptr);
     EXPECT_EQ(Text(text), "Strasse \xC3\x80 L'\xC3\xA9t\xC3\xA9 Hello World");
-}
-
-TEST(StringMutation, NormalizeConvertsBetweenTheFourForms)
-{
-    Owned<CFMutableStringRef> text(MakeMutable("\xC3\xA9\xEF\xAC\x81\xEF\xBC\xA1"));  // é, the fi ligature, full-width A
-    CFStringNormalize(text, kCFStringNormalizationFormD);
-    EXPECT_EQ(Text(text), "e\xCC\x81\xEF\xAC\x81\xEF\xBC\xA1");
-    CFStringNormalize(text, kCFStringNormalizationFormC);
-    EXPECT_EQ(Text(text), "\xC3\xA9\xEF\xAC\x81\xEF\xBC\xA1");
-    CFStringNormalize(text, kCFStringNormalizationFormKD);
-    EXPECT_EQ(Text(text), "e\xCC\x81" "fiA");
-    CFStringNormalize(text, kCFStringNormalizationFormKC);
-    EXPECT_EQ(Text(text), "\xC3\xA9" "fiA");
+    Owned<CFMutableStringRef> forms(MakeMutable("\xC3\xA9\xEF\xAC\x81\xEF\xBC\xA1"));  // é, the fi ligature, full-width A
+    CFStringNormalize(forms, kCFStringNormalizationFormD);
+    EXPECT_EQ(Text(forms), "e\xCC\x81\xEF\xAC\x81\xEF\xBC\xA1");
+    CFStringNormalize(forms, kCFStringNormalizationFormC);
+    EXPECT_EQ(Text(forms), "\xC3\xA9\xEF\xAC\x81\xEF\xBC\xA1");
+    CFStringNormalize(forms, kCFStringNormalizationFormKD);
+    EXPECT_EQ(Text(forms), "e\xCC\x81" "fiA");
+    CFStringNormalize(forms, kCFStringNormalizationFormKC);
+    EXPECT_EQ(Text(forms), "\xC3\xA9" "fiA");
 }
 
 TEST(StringMutationDeathTest, ImmutableStringsAndBadPlacesStopTheProcess)

@@ -96,7 +96,7 @@ TEST(StringCreation, NoCopyHandsTheBufferBackWhenTheStringGoes)
     EXPECT_EQ(CFStringGetPascalStringPtr(CFSTR("p"), kCFStringEncodingMacRoman), nullptr);
 }
 
-TEST(StringExtraction, CStringNeedsRoomForTheTerminatorAndARepresentableText)
+TEST(StringExtraction, CStringsNeedRoomAndARepresentableTextDirectPointersTheRightStorage)
 {
     Owned string(CFStringCreateWithCString(nullptr, "na\xC3\xAFve", kCFStringEncodingUTF8));
     char buffer[8];
@@ -107,10 +107,6 @@ TEST(StringExtraction, CStringNeedsRoomForTheTerminatorAndARepresentableText)
     EXPECT_STREQ(buffer, "na\x95ve");
     EXPECT_FALSE(CFStringGetCString(string, buffer, sizeof buffer, kCFStringEncodingASCII));
     EXPECT_EQ(CFStringGetMaximumSizeForEncoding(5, kCFStringEncodingUTF8), 15);
-}
-
-TEST(StringExtraction, DirectPointersOnlyWhereTheTextIsStoredThatWay)
-{
     CFStringRef constant = CFSTR("direct");
     EXPECT_STREQ(CFStringGetCStringPtr(constant, kCFStringEncodingUTF8), "direct");
     EXPECT_EQ(CFStringGetCStringPtr(constant, kCFStringEncodingUTF16), nullptr);

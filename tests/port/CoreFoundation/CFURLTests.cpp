@@ -166,7 +166,7 @@ TEST(URLComponents, URLsThatCannotBeDecomposedAnswerOnlySchemeAndSpecifier)
     EXPECT_TRUE(CFURLCanBeDecomposed(files));
 }
 
-TEST(URLCreation, RefusesTextThatIsNotAURL)
+TEST(URLCreation, RefusesTextThatIsNotAURLBytesCarryTheirEncoding)
 {
     for (const char* bad : {"a b", "http://a/%zz", "http://a/%4", "%", "a#b#c", "http://a/<b>", "caf\xC3\xA9", "a\"b"})
         EXPECT_EQ(Make(bad), nullptr) << bad;
@@ -175,10 +175,6 @@ TEST(URLCreation, RefusesTextThatIsNotAURL)
     EXPECT_EQ(CFURLCreateWithBytes(nullptr, invalidUTF8, 3, kCFStringEncodingUTF8, nullptr), nullptr);
     EXPECT_EQ(FromPath("", kCFURLPOSIXPathStyle), nullptr);
     EXPECT_EQ(FromPath("No Such Volume Here:x", kCFURLHFSPathStyle), nullptr);
-}
-
-TEST(URLCreation, BytesCarryTheirEncodingIntoEscapesAndBackOut)
-{
     const char latin1[] = "file:///caf%E9";
     URL url(CFURLCreateWithBytes(nullptr, reinterpret_cast<const UInt8*>(latin1), CFIndex(sizeof latin1 - 1),
                                  kCFStringEncodingISOLatin1, nullptr));
@@ -221,7 +217,7 @@ TEST(URLEscapes, AddedForIllegalAndChosenCharactersReplacedExceptThoseAskedToSta
         EXPECT_EQ(Take(CFURLCreateStringByReplacingPercentEscapes(nullptr, CFSTR(bad), CFSTR(""))), kNull) << bad;
 }
 
-TEST(URLFilePaths, POSIXPathsEscapeWhatURLsCannotHoldAndComeBackUnescaped)
+TEST(URLFilePaths, POSIXPathsAndRepresentationsEscapeWhatURLsCannotHold)
 {
     URL file(FromPath("/tmp/a b/\xC3\xBC;x?#%.txt", kCFURLPOSIXPathStyle));
     EXPECT_EQ(Text(file), "file:///tmp/a%20b/%C3%BC%3Bx%3F%23%25.txt");
@@ -237,10 +233,7 @@ TEST(URLFilePaths, POSIXPathsEscapeWhatURLsCannotHoldAndComeBackUnescaped)
     EXPECT_EQ(Text(notFolder), "file:///tmp/dir");
     EXPECT_EQ(Text(root), "file:///");
     EXPECT_EQ(PathOf(root), "/");
-}
-
-TEST(URLFilePaths, RepresentationsKeepAnyBytesAndRefuseWhatDoesNotFit)
-{
+    // A representation keeps any bytes, and is refused where it does not fit.
     const UInt8 name[] = {'/', 't', 'm', 'p', '/', 0xFF, 'x'};
     URL url(CFURLCreateFromFileSystemRepresentation(nullptr, name, sizeof name, false));
     EXPECT_EQ(Text(url), "file:///tmp/%FFx");
@@ -318,7 +311,7 @@ TEST(URLFilePaths, WindowsPathsMapDrivesAndServers)
     EXPECT_EQ(Text(relative), "d/e");
 }
 
-TEST(URLPathEdits, AppendAndDeleteComponentsAtTheEdges)
+TEST(URLPathEdits, ComponentsAndExtensionsComeAndGoAtTheEdges)
 {
     URL dir(Make("http://h/a/?q#f"));
     EXPECT_EQ(Take(CFURLCreateCopyAppendingPathComponent(nullptr, dir, CFSTR("b c?%"), false)), "http://h/a/b%20c%3F%25?q#f");
@@ -342,10 +335,7 @@ TEST(URLPathEdits, AppendAndDeleteComponentsAtTheEdges)
     URL edited(CFURLCreateCopyDeletingLastPathComponent(nullptr, relative));
     EXPECT_EQ(Text(edited), "y/");
     EXPECT_EQ(CFURLGetBaseURL(edited), base.get());
-}
-
-TEST(URLPathEdits, ExtensionsComeAndGoBeforeTheDirectorySlash)
-{
+    // Extensions come and go before the directory slash.
     URL bundle(Make("file:///Apps/Tool/"));
     URL archive(Make("file:///a.tar.gz?v"));
     URL hidden(Make("file:///home/.profile"));

@@ -46,6 +46,16 @@ std::string BytesOf(CFDataRef inData)
     return {reinterpret_cast<const char*>(CFDataGetBytePtr(inData)), std::size_t(CFDataGetLength(inData))};
 }
 
+std::string UTF16(std::u16string_view inText, bool inBigEndian)
+{
+    std::string bytes = inBigEndian ? "\xFE\xFF" : "\xFF\xFE";
+    for (char16_t unit : inText) {
+        char high = char(unit >> 8), low = char(unit & 0xFF);
+        bytes += inBigEndian ? std::string{high, low} : std::string{low, high};
+    }
+    return bytes;
+}
+
 std::string Text(CFStringRef inString) { return cf::UTF8(inString); }
 
 std::string Dump(CFPropertyListRef inValue)

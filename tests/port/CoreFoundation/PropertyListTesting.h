@@ -53,6 +53,8 @@ private:
 CFStringRef Str(std::string_view inUTF8);
 CFDataRef Bytes(std::string_view inBytes);
 std::string BytesOf(CFDataRef inData);
+// Text as UTF-16 in either byte order, after a byte-order mark.
+std::string UTF16(std::u16string_view inText, bool inBigEndian);
 std::string Text(CFStringRef inString);
 
 // One line per tree: dictionaries sorted by key, numbers, dates and data spelled exactly.
