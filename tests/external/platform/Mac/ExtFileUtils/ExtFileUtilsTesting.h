@@ -15,11 +15,7 @@ namespace spindeck::test {
 #if defined(__SANITIZE_ADDRESS__)
 inline constexpr bool kAddressSanitizer = true;
 #elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-inline constexpr bool kAddressSanitizer = true;
-#else
-inline constexpr bool kAddressSanitizer = false;
-#endif
+inline constexpr bool kAddressSanitizer = __has_feature(address_sanitizer);
 #else
 inline constexpr bool kAddressSanitizer = false;
 #endif
@@ -87,11 +83,16 @@ inline ItemCount CountItems(const FSRef& inFolder)
     return count;
 }
 
-inline UInt16 FinderFlags(const FSRef& inRef)
+inline FinderInfo FinderInfoOf(const FSRef& inRef)
 {
     FinderInfo info{};
     EXPECT_EQ(FSGetFinderInfo(&inRef, &info, nullptr, nullptr), noErr);
-    return info.finderFlags;
+    return info;
+}
+
+inline std::string PascalText(const UInt8* inText)
+{
+    return std::string(reinterpret_cast<const char*>(inText + 1), inText[0]);
 }
 
 }  // namespace spindeck::test

@@ -7,13 +7,7 @@ using namespace spindeck::test;
 
 using ExtFileUtilsVolumes = ExtFileUtilsTest;
 
-namespace {
-
-ConstStr255Param Pascal(const char* inText) { return reinterpret_cast<ConstStr255Param>(inText); }
-
-}  // namespace
-
-TEST_F(ExtFileUtilsVolumes, DescribeTheMountedFileSystems)
+TEST_F(ExtFileUtilsVolumes, DescribeTheMountedFileSystemsAndRefuseServerRequests)
 {
     FSVolumeRefNum volume = 0;
     ASSERT_EQ(FSGetVRefNum(&mTop, &volume), noErr);
@@ -46,38 +40,31 @@ TEST_F(ExtFileUtilsVolumes, DescribeTheMountedFileSystems)
         startup += FSCompareFSRefs(&(*roots)[i], &root) == noErr;
     EXPECT_EQ(startup, 1u);
     DisposeHandle(reinterpret_cast<Handle>(roots));
+
+    // Shared-folder privileges and remount records have no meaning here.
+    SInt32 owner, group, rights;
+    EXPECT_EQ(FSGetDirAccess(&mTop, &owner, &group, &rights), wrgVolTypErr);
+    EXPECT_EQ(FSGetDirAccess(&mTop, nullptr, &group, &rights), paramErr);
+    EXPECT_EQ(FSSetDirAccess(&mTop, 0, 0, 0), wrgVolTypErr);
+    UInt16 recordSize = 0;
+    EXPECT_EQ(FSGetVolMountInfoSize(volume, &recordSize), wrgVolTypErr);
+    EXPECT_EQ(FSGetVolMountInfoSize(-32000, &recordSize), nsvErr);
+    char record[64];
+    EXPECT_EQ(FSGetVolMountInfo(volume, record), wrgVolTypErr);
+    EXPECT_EQ(FSVolumeMount(record, &volume), wrgVolTypErr);
 }
 
 TEST_F(ExtFileUtilsVolumes, AccountsMapBothWays)
 {
     Str31 name{};
-    ASSERT_EQ(FSMapID(0, 0, kOwnerID2Name, name), noErr);
-    EXPECT_EQ(std::string(reinterpret_cast<char*>(name + 1), name[0]), "root");
-    ASSERT_EQ(FSMapID(0, 0, kGroupID2Name, name), noErr);
-    EXPECT_EQ(std::string(reinterpret_cast<char*>(name + 1), name[0]), "root");
-    SInt32 user = -1, group = -1;
-    EXPECT_EQ(FSMapName(0, Pascal("\x04root"), kOwnerName2ID, &user), noErr);
-    EXPECT_EQ(FSMapName(0, Pascal("\x04root"), kGroupName2ID, &group), noErr);
-    EXPECT_EQ(user, 0);
-    EXPECT_EQ(group, 0);
-
-    EXPECT_EQ(FSMapName(0, Pascal("\x0bno-such-one"), kOwnerName2ID, &user), fnfErr);
+    SInt32 id = -1;
+    for (auto [toName, toID] : {std::pair(kOwnerID2Name, kOwnerName2ID), std::pair(kGroupID2Name, kGroupName2ID)}) {
+        ASSERT_EQ(FSMapID(0, 0, toName, name), noErr);
+        EXPECT_EQ(PascalText(name), "root");
+        EXPECT_EQ(FSMapName(0, name, toID, &id), noErr);
+        EXPECT_EQ(id, 0);
+    }
+    EXPECT_EQ(FSMapName(0, reinterpret_cast<ConstStr255Param>("\x0bno-such-one"), kOwnerName2ID, &id), fnfErr);
     EXPECT_EQ(FSMapID(0, 0x7FFFFFF0, kOwnerID2Name, name), fnfErr);
     EXPECT_EQ(FSMapID(0, 0, kOwnerName2ID, name), paramErr) << "a name-to-ID request";
-}
-
-TEST_F(ExtFileUtilsVolumes, ServerOnlyRequestsAreRefused)
-{
-    SInt32 owner, group, rights;
-    EXPECT_EQ(FSGetDirAccess(&mTop, &owner, &group, &rights), wrgVolTypErr);
-    EXPECT_EQ(FSGetDirAccess(&mTop, nullptr, &group, &rights), paramErr);
-    EXPECT_EQ(FSSetDirAccess(&mTop, 0, 0, 0), wrgVolTypErr);
-    FSVolumeRefNum volume = 0;
-    FSGetVRefNum(&mTop, &volume);
-    UInt16 size = 0;
-    EXPECT_EQ(FSGetVolMountInfoSize(volume, &size), wrgVolTypErr);
-    EXPECT_EQ(FSGetVolMountInfoSize(-32000, &size), nsvErr);
-    char record[64];
-    EXPECT_EQ(FSGetVolMountInfo(volume, record), wrgVolTypErr);
-    EXPECT_EQ(FSVolumeMount(record, &volume), wrgVolTypErr);
 }
