@@ -194,7 +194,7 @@ TEST_F(CFBundleTest, CreateAnswersOneObjectPerFolderWhileItLives)
     EXPECT_FALSE(Create(mSample / "Contents" / "PkgInfo"));
 }
 
-TEST_F(CFBundleTest, InformationPrefersTheLocalisedValue)
+TEST_F(CFBundleTest, InformationPrefersTheLocalisedValueAndLocationsResolveInsideTheBundle)
 {
     Ref bundle = Create(mSample);
     auto sample = AsBundle(bundle);
@@ -219,6 +219,27 @@ TEST_F(CFBundleTest, InformationPrefersTheLocalisedValue)
     CFBundleGetPackageInfo(sample, &type, &creator);
     EXPECT_EQ(type, FourCC("APPL"));
     EXPECT_EQ(creator, FourCC("Smpl"));
+
+    // Every location resolves inside the bundle.
+    const std::pair<CFURLRef (*)(CFBundleRef), const char*> folders[] = {
+        {CFBundleCopySupportFilesDirectoryURL, "Contents"},
+        {CFBundleCopyResourcesDirectoryURL, "Contents/Resources"},
+        {CFBundleCopyPrivateFrameworksURL, "Contents/Frameworks"},
+        {CFBundleCopySharedFrameworksURL, "Contents/SharedFrameworks"},
+        {CFBundleCopySharedSupportURL, "Contents/SharedSupport"},
+        {CFBundleCopyBuiltInPlugInsURL, "Contents/PlugIns"},
+        {CFBundleCopyExecutableURL, "Contents/MacOS/Sample"},
+    };
+    for (auto [copy, expected] : folders) {
+        Ref url(copy(sample));
+        EXPECT_EQ(Inside(url.as<CFURLRef>()), expected);
+    }
+    Ref url(CFBundleCopyBundleURL(sample));
+    EXPECT_EQ(PathOf(url.as<CFURLRef>()), mSample.string());
+    EXPECT_TRUE(CFURLHasDirectoryPath(url.as<CFURLRef>()));
+    Ref helper(CFBundleCopyAuxiliaryExecutableURL(sample, Ref(Str("Sample Helper")).as<CFStringRef>()));
+    EXPECT_EQ(Inside(helper.as<CFURLRef>()), "Contents/MacOS/Sample Helper");
+    EXPECT_EQ(CFBundleCopyAuxiliaryExecutableURL(sample, Ref(Str("Other")).as<CFStringRef>()), nullptr);
 }
 
 TEST_F(CFBundleTest, FlatBundlesPackTheirVersionAndPackageCodes)
@@ -282,7 +303,7 @@ TEST_F(CFBundleTest, ResourcesAreFoundUnlocalisedFirstThenByLanguageThenInTheDev
     EXPECT_EQ(Inside(english.as<CFURLRef>()), "Contents/Resources/en.lproj/greeting.txt");
 }
 
-TEST_F(CFBundleTest, LocalisedStringsComeFromThePreferredTableInAnyFormat)
+TEST_F(CFBundleTest, LocalisationsAndTheirStringsFollowTheUsersLanguagesInAnyTableFormat)
 {
     Ref bundle = Create(mSample);
     auto sample = AsBundle(bundle);
@@ -299,12 +320,7 @@ TEST_F(CFBundleTest, LocalisedStringsComeFromThePreferredTableInAnyFormat)
     EXPECT_EQ(LocalizedString(sample, "Hello", nullptr, nullptr), "Hallo");
     Languages(nullptr, "fr_CA.UTF-8");
     EXPECT_EQ(LocalizedString(sample, "Hello", nullptr, nullptr), "Bonjour");
-}
-
-TEST_F(CFBundleTest, PreferredLocalisationsFollowTheUsersLanguages)
-{
-    Ref bundle = Create(mSample);
-    Ref offered(CFBundleCopyBundleLocalizations(AsBundle(bundle)));
+    Ref offered(CFBundleCopyBundleLocalizations(sample));
     EXPECT_EQ(Texts(offered.as<CFArrayRef>()), (std::vector<std::string>{"German", "en", "fr", "ja"}));
 
     auto preferred = [](std::initializer_list<const char*> inOffered) {
@@ -325,31 +341,6 @@ TEST_F(CFBundleTest, PreferredLocalisationsFollowTheUsersLanguages)
     Ref forPreferences(CFBundleCopyLocalizationsForPreferences(Strings({"en", "fr"}).as<CFArrayRef>(),
                                                                Strings({"it", "fr-ca"}).as<CFArrayRef>()));
     EXPECT_EQ(Texts(forPreferences.as<CFArrayRef>()), Names{"fr"});
-}
-
-TEST_F(CFBundleTest, LocationsResolveInsideTheBundle)
-{
-    Ref bundle = Create(mSample);
-    auto sample = AsBundle(bundle);
-    const std::pair<CFURLRef (*)(CFBundleRef), const char*> folders[] = {
-        {CFBundleCopySupportFilesDirectoryURL, "Contents"},
-        {CFBundleCopyResourcesDirectoryURL, "Contents/Resources"},
-        {CFBundleCopyPrivateFrameworksURL, "Contents/Frameworks"},
-        {CFBundleCopySharedFrameworksURL, "Contents/SharedFrameworks"},
-        {CFBundleCopySharedSupportURL, "Contents/SharedSupport"},
-        {CFBundleCopyBuiltInPlugInsURL, "Contents/PlugIns"},
-        {CFBundleCopyExecutableURL, "Contents/MacOS/Sample"},
-    };
-    for (auto [copy, expected] : folders) {
-        Ref url(copy(sample));
-        EXPECT_EQ(Inside(url.as<CFURLRef>()), expected);
-    }
-    Ref url(CFBundleCopyBundleURL(sample));
-    EXPECT_EQ(PathOf(url.as<CFURLRef>()), mSample.string());
-    EXPECT_TRUE(CFURLHasDirectoryPath(url.as<CFURLRef>()));
-    Ref helper(CFBundleCopyAuxiliaryExecutableURL(sample, Ref(Str("Sample Helper")).as<CFStringRef>()));
-    EXPECT_EQ(Inside(helper.as<CFURLRef>()), "Contents/MacOS/Sample Helper");
-    EXPECT_EQ(CFBundleCopyAuxiliaryExecutableURL(sample, Ref(Str("Other")).as<CFStringRef>()), nullptr);
 }
 
 TEST_F(CFBundleTest, ExecutableLoadsAndAnswersItsFunctions)
