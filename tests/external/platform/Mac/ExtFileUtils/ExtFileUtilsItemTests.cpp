@@ -120,6 +120,33 @@ TEST_F(ExtFileUtilsItems, SpecificationsPathsAndNames)
     EXPECT_EQ(std::string(reinterpret_cast<char*>(made)), path);
     EXPECT_EQ(FSMakePath(spec.vRefNum, spec.parID, spec.name, made, 4), errFSNameTooLong);
 
+    // A reference and a specification lead to each other and agree on the node.
+    FSRef file = RefOf(path), again{};
+    FSSpec fromRef{};
+    ASSERT_EQ(FSRefMakeFSSpec(&file, &fromRef), noErr);
+    EXPECT_EQ(std::tuple(fromRef.vRefNum, fromRef.parID, PascalText(fromRef.name)),
+              std::tuple(spec.vRefNum, spec.parID, std::string("file")));
+    ASSERT_EQ(FSMakeFSRef(spec.vRefNum, spec.parID, spec.name, &again), noErr);
+    EXPECT_EQ(FSCompareFSRefs(&again, &file), noErr);
+    long nodeID = 0, folderID = 0;
+    Boolean fileIsFolder = true, folderIsFolder = false;
+    ASSERT_EQ(FSGetNodeID(&file, &nodeID, &fileIsFolder), noErr);
+    ASSERT_EQ(FSGetNodeID(&mTop, &folderID, &folderIsFolder), noErr);
+    EXPECT_EQ(std::tuple(folderID, bool(fileIsFolder), bool(folderIsFolder)), std::tuple(long(spec.parID), false, true));
+    EXPECT_NE(nodeID, folderID);
+    ::chmod(path.c_str(), 0640);
+    UInt32 permissions[4] = {};
+    UInt8 privileges = 0xFF;
+    ASSERT_EQ(FSGetUserPrivilegesPermissions(&file, &privileges, permissions), noErr);
+    FSPermissionInfo info;
+    std::memcpy(&info, permissions, sizeof info);
+    EXPECT_EQ(std::tuple(info.userID, info.mode & 0777u), std::tuple(UInt32(::getuid()), 0640u));
+    EXPECT_EQ(std::tuple(FSRefMakeFSSpec(&file, nullptr), FSMakeFSRef(spec.vRefNum, spec.parID, spec.name, nullptr)),
+              std::tuple(paramErr, paramErr));
+    EXPECT_TRUE(FSRefValid(&file));
+    ::unlink(path.c_str());
+    EXPECT_FALSE(FSRefValid(&file));
+
     Str31 hfs;
     HFSUniStr255 back;
     std::u16string text = u"caf\u00e9", long28(28, u'v'), han = u"\u6f22";
