@@ -14,9 +14,11 @@
 #include <cstring>
 #include <limits>
 #include <string>
+#include <tuple>
 #include <vector>
 
 using spindeck::test::Desc;
+using spindeck::test::SameDescs;
 
 namespace {
 
@@ -33,6 +35,12 @@ OSErr Coerced(DescType inType, const void* inData, Size inSize, DescType inToTyp
         AEGetDescData(&result.d, &outValue, sizeof outValue);
     }
     return status;
+}
+
+template <class From, class To>
+OSErr Coerced(DescType inType, From inValue, DescType inToType, To& outValue)
+{
+    return Coerced(inType, &inValue, sizeof inValue, inToType, outValue);
 }
 
 std::string Text(const AEDesc& inDesc)
@@ -74,38 +82,29 @@ TEST_F(AEDescriptors, HoldCopiesOfTheirData)
 
 TEST_F(AEDescriptors, CoerceNumbersOnlyWhenTheValueSurvives)
 {
-    SInt16 seven = 7;
     SInt32 asLong = 0;
-    EXPECT_EQ(Coerced(typeSInt16, &seven, sizeof seven, typeSInt32, asLong), noErr);
+    EXPECT_EQ(Coerced(typeSInt16, SInt16(7), typeSInt32, asLong), noErr);
     EXPECT_EQ(asLong, 7);
-
-    double three = 3.0, half = 2.5;
-    EXPECT_EQ(Coerced(typeIEEE64BitFloatingPoint, &three, sizeof three, typeSInt32, asLong), noErr);
+    EXPECT_EQ(Coerced(typeIEEE64BitFloatingPoint, 3.0, typeSInt32, asLong), noErr);
     EXPECT_EQ(asLong, 3);
-    EXPECT_EQ(Coerced(typeIEEE64BitFloatingPoint, &half, sizeof half, typeSInt32, asLong), errAECoercionFail);
+    EXPECT_EQ(Coerced(typeIEEE64BitFloatingPoint, 2.5, typeSInt32, asLong), errAECoercionFail);
 
-    SInt32 large = 70000;
     SInt16 asShort = 0;
-    EXPECT_EQ(Coerced(typeSInt32, &large, sizeof large, typeSInt16, asShort), errAECoercionFail);
-    UInt64 huge = std::numeric_limits<UInt64>::max();
     SInt64 asSigned = 0;
-    EXPECT_EQ(Coerced(typeUInt64, &huge, sizeof huge, typeSInt64, asSigned), errAECoercionFail);
-    SInt32 negative = -1;
     UInt32 asUnsigned = 0;
-    EXPECT_EQ(Coerced(typeSInt32, &negative, sizeof negative, typeUInt32, asUnsigned), errAECoercionFail);
-    double enormous = 1e300;
     float asFloat = 0;
-    EXPECT_EQ(Coerced(typeIEEE64BitFloatingPoint, &enormous, sizeof enormous, typeIEEE32BitFloatingPoint, asFloat),
-              errAECoercionFail);
+    EXPECT_EQ(Coerced(typeSInt32, SInt32(70000), typeSInt16, asShort), errAECoercionFail);
+    EXPECT_EQ(Coerced(typeUInt64, std::numeric_limits<UInt64>::max(), typeSInt64, asSigned), errAECoercionFail);
+    EXPECT_EQ(Coerced(typeSInt32, SInt32(-1), typeUInt32, asUnsigned), errAECoercionFail);
+    EXPECT_EQ(Coerced(typeIEEE64BitFloatingPoint, 1e300, typeIEEE32BitFloatingPoint, asFloat), errAECoercionFail);
 
     Boolean flag = 0;
-    SInt32 one = 1, two = 2;
-    EXPECT_EQ(Coerced(typeSInt32, &one, sizeof one, typeBoolean, flag), noErr);
+    EXPECT_EQ(Coerced(typeSInt32, SInt32(1), typeBoolean, flag), noErr);
     EXPECT_EQ(flag, 1);
-    EXPECT_EQ(Coerced(typeSInt32, &two, sizeof two, typeBoolean, flag), errAECoercionFail);
+    EXPECT_EQ(Coerced(typeSInt32, SInt32(2), typeBoolean, flag), errAECoercionFail);
     EXPECT_EQ(Coerced(typeFalse, nullptr, 0, typeBoolean, flag), noErr);
     EXPECT_EQ(flag, 0);
-    EXPECT_EQ(Coerced(typeSInt16, &seven, 1, typeSInt32, asLong), errAECoercionFail);  // wrong size
+    EXPECT_EQ(Coerced(typeSInt16, "\x07", 1, typeSInt32, asLong), errAECoercionFail);  // wrong size
 }
 
 TEST_F(AEDescriptors, CoerceTextCodesAndProcesses)
@@ -130,14 +129,13 @@ TEST_F(AEDescriptors, CoerceTextCodesAndProcesses)
     EXPECT_EQ(AECoerceDesc(&text.d, typeSInt32, &failed.d), errAECoercionFail);
 
     FourCharCode code = FourCC("abcd"), asEnum = 0;
-    EXPECT_EQ(Coerced(typeType, &code, sizeof code, typeEnumerated, asEnum), noErr);
+    EXPECT_EQ(Coerced(typeType, code, typeEnumerated, asEnum), noErr);
     EXPECT_EQ(asEnum, code);
     SInt32 number = 0;
-    EXPECT_EQ(Coerced(typeType, &code, sizeof code, typeSInt32, number), errAECoercionFail);
+    EXPECT_EQ(Coerced(typeType, code, typeSInt32, number), errAECoercionFail);
 
-    ProcessSerialNumber self{0, kCurrentProcess};
     pid_t pid = 0;
-    EXPECT_EQ(Coerced(typeProcessSerialNumber, &self, sizeof self, typeKernelProcessID, pid), noErr);
+    EXPECT_EQ(Coerced(typeProcessSerialNumber, ProcessSerialNumber{0, kCurrentProcess}, typeKernelProcessID, pid), noErr);
     EXPECT_EQ(pid, ::getpid());
 
     Desc asStored;
@@ -187,25 +185,19 @@ TEST_F(AEDescriptors, ListsKeepItemsInOrder)
     Desc data(typeSInt32, &replacement, sizeof replacement);
     EXPECT_EQ(AECountItems(&data.d, &count), errAEWrongDataType);
     EXPECT_EQ(AEPutPtr(&data.d, 0, typeSInt32, &replacement, sizeof replacement), errAEWrongDataType);
-}
 
-TEST_F(AEDescriptors, FactoredListsTakeOnlyMatchingItems)
-{
+    // A factored list takes only items of its type that begin with its common data.
     struct {
         DescType type;
         char prefix[2];
     } common{typeChar, {'i', 'd'}};
-    Desc list;
-    ASSERT_EQ(AECreateList(&common, 6, false, &list.d), noErr);
-    EXPECT_EQ(AEPutPtr(&list.d, 0, typeChar, "id-1", 4), noErr);
-    EXPECT_EQ(AEPutPtr(&list.d, 0, typeChar, "xx-2", 4), errAEWrongDataType);
-    SInt32 number = 1;
-    EXPECT_EQ(AEPutPtr(&list.d, 0, typeSInt32, &number, sizeof number), errAEWrongDataType);
-    long count = 0;
-    AECountItems(&list.d, &count);
+    Desc factored, tooShort;
+    ASSERT_EQ(AECreateList(&common, 6, false, &factored.d), noErr);
+    EXPECT_EQ(AEPutPtr(&factored.d, 0, typeChar, "id-1", 4), noErr);
+    EXPECT_EQ(AEPutPtr(&factored.d, 0, typeChar, "xx-2", 4), errAEWrongDataType);
+    EXPECT_EQ(AEPutPtr(&factored.d, 0, typeSInt32, &replacement, sizeof replacement), errAEWrongDataType);
+    AECountItems(&factored.d, &count);
     EXPECT_EQ(count, 1);
-
-    Desc tooShort;
     EXPECT_EQ(AECreateList(&common, 2, false, &tooShort.d), paramErr);
 }
 
@@ -308,14 +300,6 @@ void MakeRichEvent(AppleEvent& outEvent)
     AEPutParamPtr(&outEvent, FourCC("name"), typeChar, "flat", 4);
 }
 
-bool SameDescs(const AEDesc& inA, const AEDesc& inB)
-{
-    std::vector<char> a(std::size_t(AESizeOfFlattenedDesc(&inA))), b(std::size_t(AESizeOfFlattenedDesc(&inB)));
-    AEFlattenDesc(&inA, a.data(), Size(a.size()), nullptr);
-    AEFlattenDesc(&inB, b.data(), Size(b.size()), nullptr);
-    return inA.descriptorType == inB.descriptorType && a == b;
-}
-
 TEST_F(AEDescriptors, FlatFormAndContainerDataRoundTrip)
 {
     Desc event;
@@ -357,15 +341,13 @@ TEST_F(AEDescriptors, DamagedFlatFormsAreRefused)
         EXPECT_EQ(status == noErr, result.d.dataHandle != nullptr);
         return status;
     };
-    std::vector<char> newer = flat;
-    newer[5] = 2;  // version
-    EXPECT_EQ(unflatten(newer), errAENewerVersion);
-    std::vector<char> shorter = flat;
-    shorter[11] = char(shorter[11] - 1);  // announces one byte less than there is
-    EXPECT_EQ(unflatten(shorter), errAECorruptData);
-    std::vector<char> badKind = flat;
-    badKind[16] = 9;
-    EXPECT_EQ(unflatten(badKind), errAECorruptData);
+    // A newer version, a length one byte short of the contents, an unknown kind.
+    for (auto [at, value, status] : {std::tuple<std::size_t, char, OSErr>{5, 2, errAENewerVersion},
+                                     {11, char(flat[11] - 1), errAECorruptData}, {16, 9, errAECorruptData}}) {
+        std::vector<char> damaged = flat;
+        damaged[at] = value;
+        EXPECT_EQ(unflatten(damaged), status) << "byte " << at;
+    }
 
     // Whatever byte is damaged, the result is a descriptor or a refusal, never a fault.
     for (std::size_t i = 12; i < flat.size(); ++i) {

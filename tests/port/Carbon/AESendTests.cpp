@@ -15,6 +15,7 @@
 
 using spindeck::test::ChildProcess;
 using spindeck::test::Desc;
+using spindeck::test::SameDescs;
 
 namespace {
 
@@ -29,12 +30,24 @@ void MakeEvent(DescType inAddressType, const Address& inAddress, AEEventClass in
     ASSERT_EQ(AECreateAppleEvent(inClass, inID, &address.d, kAutoGenerateReturnID, kAnyTransactionID, &outEvent), noErr);
 }
 
+OSErr Send(const AppleEvent& inEvent, AppleEvent* outReply, AESendMode inMode, long inTimeout = kAEDefaultTimeout)
+{
+    return AESend(&inEvent, outReply, inMode, kAENormalPriority, inTimeout, nullptr, nullptr);
+}
+
 // The quit request as the product sends it: no reply, default time-out.
 OSErr SendQuit(const ProcessSerialNumber& inPSN)
 {
     Desc event;
     MakeEvent(typeProcessSerialNumber, inPSN, kCoreEventClass, kAEQuitApplication, event.d);
-    return AESend(&event.d, nullptr, kAEQueueReply, kAENormalPriority, kAEDefaultTimeout, nullptr, nullptr);
+    return Send(event.d, nullptr, kAEQueueReply);
+}
+
+SInt32 ErrorNumber(const AppleEvent& inReply)
+{
+    SInt32 error = 0;
+    EXPECT_EQ(AEGetParamPtr(&inReply, keyErrorNumber, typeSInt32, nullptr, &error, sizeof error, nullptr), noErr);
+    return error;
 }
 
 // Copies the direct object into the reply and counts its calls; a "fail" parameter makes
@@ -57,9 +70,7 @@ OSErr AnyEventHandler(const AppleEvent*, AppleEvent*, SRefCon inRefcon)
     return noErr;
 }
 
-using AESendRefusals = spindeck::test::DescriptorTest;
 using AEQuit = spindeck::test::DescriptorTest;
-using AERemote = spindeck::test::DescriptorTest;
 
 class AESendToSelf : public spindeck::test::DescriptorTest {
 protected:
@@ -75,16 +86,16 @@ protected:
     }
 
     int mCalls = 0;
+    const ProcessSerialNumber mSelf{0, kCurrentProcess};
 };
 
 TEST_F(AESendToSelf, DispatchesToTheHandlerAndReturnsItsReply)
 {
-    ProcessSerialNumber self{0, kCurrentProcess};
     Desc event, reply;
-    MakeEvent(typeProcessSerialNumber, self, kTestClass, kEcho, event.d);
+    MakeEvent(typeProcessSerialNumber, mSelf, kTestClass, kEcho, event.d);
     ASSERT_EQ(AEPutParamPtr(&event.d, keyDirectObject, typeUTF8Text, "ping", 4), noErr);
 
-    ASSERT_EQ(AESend(&event.d, &reply.d, kAEWaitReply, kAENormalPriority, kAEDefaultTimeout, nullptr, nullptr), noErr);
+    ASSERT_EQ(Send(event.d, &reply.d, kAEWaitReply), noErr);
     EXPECT_EQ(mCalls, 1);
     char text[4];
     Size size = 0;
@@ -96,46 +107,47 @@ TEST_F(AESendToSelf, DispatchesToTheHandlerAndReturnsItsReply)
 
     // Without waiting there is no reply to give, but the handler still runs.
     AEDisposeDesc(&reply.d);
-    ASSERT_EQ(AESend(&event.d, &reply.d, kAENoReply, kAENormalPriority, kAEDefaultTimeout, nullptr, nullptr), noErr);
+    ASSERT_EQ(Send(event.d, &reply.d, kAENoReply), noErr);
     EXPECT_EQ(mCalls, 2);
     EXPECT_EQ(reply.d.descriptorType, typeNull);
 
     // Addressed by process id, the event reaches the same handler.
     Desc byPID;
     MakeEvent(typeKernelProcessID, ::getpid(), kTestClass, kEcho, byPID.d);
-    ASSERT_EQ(AESend(&byPID.d, nullptr, kAENoReply, kAENormalPriority, kAEDefaultTimeout, nullptr, nullptr), noErr);
+    ASSERT_EQ(Send(byPID.d, nullptr, kAENoReply), noErr);
     EXPECT_EQ(mCalls, 3);
 }
 
-TEST_F(AESendToSelf, ReportsFailuresInTheReply)
+TEST_F(AESendToSelf, FailuresComeBackInTheReplyAndRefusalsAsStatuses)
 {
-    ProcessSerialNumber self{0, kCurrentProcess};
-    Desc failing, unknown, reply, otherReply;
-    MakeEvent(typeProcessSerialNumber, self, kTestClass, kEcho, failing.d);
+    Desc failing, unknown, reply, otherReply, record, bySignature;
+    MakeEvent(typeProcessSerialNumber, mSelf, kTestClass, kEcho, failing.d);
     SInt16 failure = -4242;
     AEPutParamPtr(&failing.d, FourCC("fail"), typeSInt16, &failure, sizeof failure);
-    ASSERT_EQ(AESend(&failing.d, &reply.d, kAEWaitReply, kAENormalPriority, kAEDefaultTimeout, nullptr, nullptr), noErr);
-    SInt32 error = 0;
-    ASSERT_EQ(AEGetParamPtr(&reply.d, keyErrorNumber, typeSInt32, nullptr, &error, sizeof error, nullptr), noErr);
-    EXPECT_EQ(error, -4242);
+    ASSERT_EQ(Send(failing.d, &reply.d, kAEWaitReply), noErr);
+    EXPECT_EQ(ErrorNumber(reply.d), -4242);
 
-    MakeEvent(typeProcessSerialNumber, self, kTestClass, FourCC("none"), unknown.d);
-    EXPECT_EQ(AESend(&unknown.d, &otherReply.d, kAEWaitReply, kAENormalPriority, kAEDefaultTimeout, nullptr, nullptr),
-              errAEEventNotHandled);
-    ASSERT_EQ(AEGetParamPtr(&otherReply.d, keyErrorNumber, typeSInt32, nullptr, &error, sizeof error, nullptr), noErr);
-    EXPECT_EQ(error, errAEEventNotHandled);
+    MakeEvent(typeProcessSerialNumber, mSelf, kTestClass, FourCC("none"), unknown.d);
+    EXPECT_EQ(Send(unknown.d, &otherReply.d, kAEWaitReply), errAEEventNotHandled);
+    EXPECT_EQ(ErrorNumber(otherReply.d), errAEEventNotHandled);
+
+    EXPECT_EQ(Send(failing.d, nullptr, 0), errAEUnknownSendMode);
+    AECreateList(nullptr, 0, true, &record.d);
+    EXPECT_EQ(Send(record.d, nullptr, kAENoReply), errAENotAppleEvent);
+    MakeEvent(typeApplSignature, FourCC("ttxt"), kTestClass, kEcho, bySignature.d);
+    EXPECT_EQ(Send(bySignature.d, nullptr, kAENoReply), errAEUnknownAddressType);
+    EXPECT_EQ(mCalls, 1);
 }
 
 TEST_F(AESendToSelf, PrefersTheMostSpecificHandler)
 {
     int anyCalls = 0;
     ASSERT_EQ(AEInstallEventHandler(typeWildCard, typeWildCard, AnyEventHandler, &anyCalls, false), noErr);
-    ProcessSerialNumber self{0, kCurrentProcess};
     Desc echo, other;
-    MakeEvent(typeProcessSerialNumber, self, kTestClass, kEcho, echo.d);
-    MakeEvent(typeProcessSerialNumber, self, FourCC("othr"), FourCC("evnt"), other.d);
-    EXPECT_EQ(AESend(&echo.d, nullptr, kAENoReply, kAENormalPriority, kAEDefaultTimeout, nullptr, nullptr), noErr);
-    EXPECT_EQ(AESend(&other.d, nullptr, kAENoReply, kAENormalPriority, kAEDefaultTimeout, nullptr, nullptr), noErr);
+    MakeEvent(typeProcessSerialNumber, mSelf, kTestClass, kEcho, echo.d);
+    MakeEvent(typeProcessSerialNumber, mSelf, FourCC("othr"), FourCC("evnt"), other.d);
+    EXPECT_EQ(Send(echo.d, nullptr, kAENoReply), noErr);
+    EXPECT_EQ(Send(other.d, nullptr, kAENoReply), noErr);
     EXPECT_EQ(mCalls, 1);
     EXPECT_EQ(anyCalls, 1);
 
@@ -149,73 +161,30 @@ TEST_F(AESendToSelf, PrefersTheMostSpecificHandler)
     EXPECT_EQ(AEGetEventHandler(typeWildCard, typeWildCard, &handler, &refcon, false), errAEHandlerNotFound);
 }
 
-TEST_F(AESendRefusals, NameTheProblem)
-{
-    ProcessSerialNumber self{0, kCurrentProcess};
-    Desc event, record, bySignature;
-    MakeEvent(typeProcessSerialNumber, self, kTestClass, kEcho, event.d);
-    EXPECT_EQ(AESend(&event.d, nullptr, 0, kAENormalPriority, kAEDefaultTimeout, nullptr, nullptr),
-              errAEUnknownSendMode);
-    AECreateList(nullptr, 0, true, &record.d);
-    EXPECT_EQ(AESend(&record.d, nullptr, kAENoReply, kAENormalPriority, kAEDefaultTimeout, nullptr, nullptr),
-              errAENotAppleEvent);
-    MakeEvent(typeApplSignature, FourCC("ttxt"), kTestClass, kEcho, bySignature.d);
-    EXPECT_EQ(AESend(&bySignature.d, nullptr, kAENoReply, kAENormalPriority, kAEDefaultTimeout, nullptr, nullptr),
-              errAEUnknownAddressType);
-}
-
 TEST_F(AEQuit, EndsExactlyTheProcessItNames)
 {
-    ChildProcess child("/bin/sleep", {"30"});
+    ChildProcess child("/bin/sleep", {"30"}), byPID("/bin/sleep", {"30"});
     ProcessSerialNumber psn = child.PSN();
-
+    // A process that installed no handler through the port takes no other event.
+    Desc echo;
+    MakeEvent(typeProcessSerialNumber, psn, kTestClass, kEcho, echo.d);
+    EXPECT_EQ(Send(echo.d, nullptr, kAENoReply), connectionInvalid);
     ProcessSerialNumber forged{psn.highLongOfPSN, psn.lowLongOfPSN + 1};
     EXPECT_EQ(SendQuit(forged), procNotFound);
     EXPECT_TRUE(child.StillRunning());
 
     ASSERT_EQ(SendQuit(psn), noErr);
-    std::optional<int> status = child.Reap();
-    ASSERT_TRUE(status);
-    EXPECT_TRUE(WIFSIGNALED(*status));
-    EXPECT_EQ(WTERMSIG(*status), SIGTERM);
-
+    EXPECT_TRUE(child.EndsBy(SIGTERM));
     EXPECT_EQ(SendQuit(psn), procNotFound);
-    Desc byPID;
-    MakeEvent(typeKernelProcessID, child.PID(), kCoreEventClass, kAEQuitApplication, byPID.d);
-    EXPECT_EQ(AESend(&byPID.d, nullptr, kAENoReply, kAENormalPriority, kAEDefaultTimeout, nullptr, nullptr),
-              procNotFound);
-}
+    Desc gone, quit, reply;
+    MakeEvent(typeKernelProcessID, child.PID(), kCoreEventClass, kAEQuitApplication, gone.d);
+    EXPECT_EQ(Send(gone.d, nullptr, kAENoReply), procNotFound);
 
-TEST_F(AEQuit, ReachesAProcessByItsId)
-{
-    ChildProcess child("/bin/sleep", {"30"});
-    Desc event, reply;
-    MakeEvent(typeKernelProcessID, child.PID(), kCoreEventClass, kAEQuitApplication, event.d);
-    ASSERT_EQ(AESend(&event.d, &reply.d, kAEWaitReply, kAENormalPriority, kAEDefaultTimeout, nullptr, nullptr), noErr);
+    // By process id, waiting for the reply.
+    MakeEvent(typeKernelProcessID, byPID.PID(), kCoreEventClass, kAEQuitApplication, quit.d);
+    ASSERT_EQ(Send(quit.d, &reply.d, kAEWaitReply), noErr);
     EXPECT_EQ(reply.d.descriptorType, typeAppleEvent);
-    std::optional<int> status = child.Reap();
-    ASSERT_TRUE(status);
-    EXPECT_EQ(WTERMSIG(*status), SIGTERM);
-}
-
-TEST_F(AERemote, AProcessWithoutHandlersCannotBeReached)
-{
-    ChildProcess child("/bin/sleep", {"30"});
-    ProcessSerialNumber psn = child.PSN();
-    Desc event;
-    MakeEvent(typeProcessSerialNumber, psn, kTestClass, kEcho, event.d);
-    EXPECT_EQ(AESend(&event.d, nullptr, kAENoReply, kAENormalPriority, kAEDefaultTimeout, nullptr, nullptr),
-              connectionInvalid);
-    EXPECT_TRUE(child.StillRunning());
-}
-
-// The descriptors are the same if their flat forms are.
-bool SameDescs(const AEDesc& inA, const AEDesc& inB)
-{
-    std::vector<char> a(std::size_t(AESizeOfFlattenedDesc(&inA))), b(std::size_t(AESizeOfFlattenedDesc(&inB)));
-    AEFlattenDesc(&inA, a.data(), Size(a.size()), nullptr);
-    AEFlattenDesc(&inB, b.data(), Size(b.size()), nullptr);
-    return a == b;
+    EXPECT_TRUE(byPID.EndsBy(SIGTERM));
 }
 
 class AERemoteResponder : public spindeck::test::DescriptorTest {
@@ -231,9 +200,7 @@ protected:
     void TearDown() override
     {
         EXPECT_EQ(SendQuit(mPSN), noErr);
-        std::optional<int> status = mResponder.Reap();
-        ASSERT_TRUE(status);
-        EXPECT_TRUE(WIFSIGNALED(*status) && WTERMSIG(*status) == SIGTERM);
+        EXPECT_TRUE(mResponder.EndsBy(SIGTERM));
         DescriptorTest::TearDown();
     }
 
@@ -241,9 +208,9 @@ protected:
     ProcessSerialNumber mPSN{};
 };
 
-TEST_F(AERemoteResponder, DeliversTheEventAndBringsBackTheReply)
+TEST_F(AERemoteResponder, DeliversTheEventAndBringsBackTheReplyOrStatus)
 {
-    Desc event, reply, list, sent, echoed;
+    Desc event, reply, list, sent, echoed, unknown, unknownReply, slow;
     MakeEvent(typeProcessSerialNumber, mPSN, kTestClass, kEcho, event.d);
     ASSERT_EQ(AEPutParamPtr(&event.d, keyDirectObject, typeUTF8Text, "\xC3\xBC" "ber", 5), noErr);
     AECreateList(nullptr, 0, false, &list.d);
@@ -252,7 +219,7 @@ TEST_F(AERemoteResponder, DeliversTheEventAndBringsBackTheReply)
     AEPutPtr(&list.d, 0, typeNull, nullptr, 0);
     ASSERT_EQ(AEPutParamDesc(&event.d, FourCC("list"), &list.d), noErr);
 
-    ASSERT_EQ(AESend(&event.d, &reply.d, kAEWaitReply, kAENormalPriority, 10 * 60, nullptr, nullptr), noErr);
+    ASSERT_EQ(Send(event.d, &reply.d, kAEWaitReply, 10 * 60), noErr);
     for (AEKeyword keyword : {AEKeyword(keyDirectObject), FourCC("list")}) {
         ASSERT_EQ(AEGetParamDesc(&event.d, keyword, typeWildCard, &sent.d), noErr);
         ASSERT_EQ(AEGetParamDesc(&reply.d, keyword, typeWildCard, &echoed.d), noErr);
@@ -271,21 +238,13 @@ TEST_F(AERemoteResponder, DeliversTheEventAndBringsBackTheReply)
     EXPECT_EQ(source, kAELocalProcess);
 
     // Without waiting, the event is delivered and the call returns at once.
-    EXPECT_EQ(AESend(&event.d, nullptr, kAEQueueReply, kAENormalPriority, kAEDefaultTimeout, nullptr, nullptr), noErr);
-}
+    EXPECT_EQ(Send(event.d, nullptr, kAEQueueReply), noErr);
 
-TEST_F(AERemoteResponder, AnswersWithTheReceiversStatus)
-{
-    Desc unknown, slow, reply;
     MakeEvent(typeProcessSerialNumber, mPSN, kTestClass, FourCC("none"), unknown.d);
-    EXPECT_EQ(AESend(&unknown.d, &reply.d, kAEWaitReply, kAENormalPriority, 10 * 60, nullptr, nullptr),
-              errAEEventNotHandled);
-    SInt32 error = 0;
-    ASSERT_EQ(AEGetParamPtr(&reply.d, keyErrorNumber, typeSInt32, nullptr, &error, sizeof error, nullptr), noErr);
-    EXPECT_EQ(error, errAEEventNotHandled);
-
+    EXPECT_EQ(Send(unknown.d, &unknownReply.d, kAEWaitReply, 10 * 60), errAEEventNotHandled);
+    EXPECT_EQ(ErrorNumber(unknownReply.d), errAEEventNotHandled);
     MakeEvent(typeProcessSerialNumber, mPSN, kTestClass, FourCC("slow"), slow.d);
-    EXPECT_EQ(AESend(&slow.d, nullptr, kAEWaitReply, kAENormalPriority, 6, nullptr, nullptr), errAETimeout);
+    EXPECT_EQ(Send(slow.d, nullptr, kAEWaitReply, 6), errAETimeout);
 }
 
 }  // namespace

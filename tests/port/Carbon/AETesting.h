@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <vector>
+
 namespace spindeck::test {
 
 // Disposing of it twice is harmless: AEDisposeDesc leaves a null descriptor.
@@ -17,6 +19,15 @@ struct Desc {
     Desc(const Desc&) = delete;
     Desc& operator=(const Desc&) = delete;
 };
+
+// The descriptors are the same if their types and flat forms are.
+inline bool SameDescs(const AEDesc& inA, const AEDesc& inB)
+{
+    std::vector<char> a(std::size_t(AESizeOfFlattenedDesc(&inA))), b(std::size_t(AESizeOfFlattenedDesc(&inB)));
+    AEFlattenDesc(&inA, a.data(), Size(a.size()), nullptr);
+    AEFlattenDesc(&inB, b.data(), Size(b.size()), nullptr);
+    return inA.descriptorType == inB.descriptorType && a == b;
+}
 
 class DescriptorTest : public ::testing::Test {
 protected:

@@ -102,6 +102,13 @@ public:
         return std::nullopt;
     }
 
+    // Whether the child ends within a few seconds, killed by inSignal.
+    bool EndsBy(int inSignal)
+    {
+        std::optional<int> status = Reap();
+        return status && WIFSIGNALED(*status) && WTERMSIG(*status) == inSignal;
+    }
+
 private:
     pid_t mPID = -1;
     int mOutput = -1;

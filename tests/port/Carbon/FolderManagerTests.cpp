@@ -1,21 +1,23 @@
 // Folders of the user's domain on a private home and XDG folders, folders of the
 // installation's domains, and agreement with where preferences are kept.
+#include "LaunchTesting.h"
+
 #include <Carbon/Folders.h>
 #include <Carbon/MacErrors.h>
 #include <CoreFoundation/CoreFoundation.h>
 
 #include <gtest/gtest.h>
 
-#include <stdlib.h>
 #include <sys/stat.h>
 
+#include <deque>
 #include <filesystem>
 #include <fstream>
 #include <string>
 #include <utility>
-#include <vector>
 
 namespace fs = std::filesystem;
+using spindeck::test::ScopedVariable;
 
 namespace {
 
@@ -28,27 +30,15 @@ class Folders : public ::testing::Test {
 protected:
     Folders()
     {
-        std::string pattern = (fs::temp_directory_path() / "folders-XXXXXX").string();
-        mRoot = ::mkdtemp(pattern.data());
-        mUmask = ::umask(022);
-        for (auto [name, folder] : kVariables) {
-            const char* value = std::getenv(name);
-            mSaved.emplace_back(name, value ? std::optional<std::string>(value) : std::nullopt);
-            ::setenv(name, (mRoot / folder).c_str(), 1);
-        }
+        for (auto [name, folder] : kVariables)
+            mVariables.emplace_back(name, (mRoot / folder).string());
     }
+    ~Folders() override { ::umask(mUmask); }
 
-    ~Folders() override
-    {
-        for (const auto& [name, value] : mSaved)
-            value ? ::setenv(name.c_str(), value->c_str(), 1) : ::unsetenv(name.c_str());
-        ::umask(mUmask);
-        fs::remove_all(mRoot);
-    }
-
-    fs::path mRoot;
-    mode_t mUmask = 0;
-    std::vector<std::pair<std::string, std::optional<std::string>>> mSaved;
+    spindeck::test::ScratchFolder mScratch;
+    const fs::path mRoot = mScratch.path;
+    const mode_t mUmask = ::umask(022);
+    std::deque<ScopedVariable> mVariables;  // restored before the folder goes
 };
 
 // The folder's path, or the status that FSFindFolder answered.
@@ -95,6 +85,12 @@ TEST_F(Folders, TheUserDomainFollowsTheXdgFolders)
     }
     for (const Expected& folder : folders)
         EXPECT_EQ(Find(kOnAppropriateDisk, folder.type, kDontCreateFolder), (mRoot / folder.path).string());
+
+    // Preferences are kept in the preferences folder.
+    CFStringRef app = CFSTR("com.vemora.folder-test");
+    CFPreferencesSetAppValue(CFSTR("Answer"), CFSTR("forty-two"), app);
+    ASSERT_TRUE(CFPreferencesAppSynchronize(app));
+    EXPECT_TRUE(fs::exists(mRoot / "config/preferences/com.vemora.folder-test.plist"));
 }
 
 TEST_F(Folders, TheEnvironmentIsReadAtEachCall)
@@ -117,15 +113,6 @@ TEST_F(Folders, TheEnvironmentIsReadAtEachCall)
 
     ::unsetenv("TMPDIR");
     EXPECT_EQ(Find(kUserDomain, kTemporaryFolderType, kDontCreateFolder), "/tmp");
-}
-
-TEST_F(Folders, PreferencesLiveWherePreferencesAreKept)
-{
-    const std::string folder = Find(kUserDomain, kPreferencesFolderType, kCreateFolder);
-    CFStringRef app = CFSTR("com.vemora.folder-test");
-    CFPreferencesSetAppValue(CFSTR("Answer"), CFSTR("forty-two"), app);
-    ASSERT_TRUE(CFPreferencesAppSynchronize(app));
-    EXPECT_TRUE(fs::exists(folder + "/com.vemora.folder-test.plist"));
 }
 
 TEST_F(Folders, TheOtherDomainsAreTheInstallationsFolders)

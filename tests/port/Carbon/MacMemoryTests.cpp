@@ -65,6 +65,8 @@ TEST(MemoryHandles, ResizingKeepsTheContents)
     EXPECT_NE(*cleared, nullptr);
     EXPECT_EQ(GetHandleSize(cleared), 0);
     DisposeHandle(cleared);
+    EXPECT_EQ(NewHandle(-1), nullptr);
+    EXPECT_EQ(MemError(), memFullErr);
 }
 
 TEST(MemoryHandles, ALockedHandleNeverMoves)
@@ -95,7 +97,7 @@ TEST(MemoryHandles, ALockedHandleNeverMoves)
     DisposeHandle(handle);
 }
 
-TEST(MemoryHandles, ForeignOrNilHandlesAreRefused)
+TEST(MemoryHandles, ForeignOrNilHandlesAreRefusedInTheCallersStatus)
 {
     EXPECT_EQ(GetHandleSize(nullptr), 0);
     EXPECT_EQ(MemError(), nilHandleErr);
@@ -113,16 +115,12 @@ TEST(MemoryHandles, ForeignOrNilHandlesAreRefused)
     SetHandleSize(fake, 10);
     EXPECT_EQ(MemError(), memWZErr);
     EXPECT_EQ(impostor.size, 99);
-}
 
-TEST(MemoryStatus, IsKeptPerThread)
-{
-    EXPECT_EQ(NewHandle(-1), nullptr);
-    ASSERT_EQ(MemError(), memFullErr);
+    // MemError belongs to the thread that made the call.
     OSErr otherThread = -1;
     std::thread([&] { otherThread = MemError(); }).join();
     EXPECT_EQ(otherThread, noErr);
-    EXPECT_EQ(MemError(), memFullErr);
+    EXPECT_EQ(MemError(), memWZErr);
 }
 
 }  // namespace

@@ -52,7 +52,7 @@ TEST(MacWindows, WithoutADisplayAWindowIsARecordThatAnswersEveryCall)
     EXPECT_FALSE(IsWindowVisible(window.ref));
 }
 
-TEST(MacWindows, RefusedRequestsLeaveNoWindow)
+TEST(MacWindows, RefusedRequestsLeaveNoWindowAndUnknownWindowsAreNotFollowed)
 {
     DisplayVariable noDisplay("");
     WindowDefSpec document{kWindowDefProcID, {.procID = 1024}};
@@ -76,11 +76,7 @@ TEST(MacWindows, RefusedRequestsLeaveNoWindow)
         EXPECT_EQ(CreateCustomWindow(c.definition, c.windowClass, 0, c.bounds, &window), c.expected);
         EXPECT_EQ(window, nullptr);
     }
-}
 
-TEST(MacWindows, DisposedAndMadeUpWindowsAreRefusedNotFollowed)
-{
-    DisplayVariable noDisplay("");
     WindowRef disposed = nullptr;
     ASSERT_EQ(CreateCustomWindow(&kSimple, kPlainWindowClass, 0, &kBounds, &disposed), noErr);
     DisposeWindow(disposed);

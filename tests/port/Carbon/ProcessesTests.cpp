@@ -1,5 +1,6 @@
 // The process list, process information and serial numbers, with real processes.
 #include "ChildProcess.h"
+#include "FilesTesting.h"
 
 #include <Carbon/MacErrors.h>
 #include <Carbon/Files.h>
@@ -12,12 +13,10 @@
 #include <fcntl.h>
 #include <stdlib.h>
 
-#include <cstdio>
 #include <filesystem>
-#include <string_view>
 
 namespace fs = std::filesystem;
-using spindeck::test::ChildProcess;
+using namespace spindeck::test;
 
 namespace {
 
@@ -31,16 +30,6 @@ ProcessInfoRec InfoRecord(StringPtr ioName)
     return info;
 }
 
-struct TemporaryFolder {
-    fs::path path;
-    TemporaryFolder()
-    {
-        std::string pattern = (fs::temp_directory_path() / "processes-XXXXXX").string();
-        path = ::mkdtemp(pattern.data());
-    }
-    ~TemporaryFolder() { fs::remove_all(path); }
-};
-
 // A copy of sleep(1) at inPath, so that the process's executable lives there.
 fs::path InstallSleeper(const fs::path& inPath)
 {
@@ -49,7 +38,7 @@ fs::path InstallSleeper(const fs::path& inPath)
     return inPath;
 }
 
-TEST(ProcessList, HoldsThisProcessInIdOrder)
+TEST(ProcessList, HoldsAndDescribesThisProcess)
 {
     ProcessSerialNumber current{};
     ASSERT_EQ(GetCurrentProcess(&current), noErr);
@@ -72,27 +61,19 @@ TEST(ProcessList, HoldsThisProcessInIdOrder)
     ProcessSerialNumber self{0, kCurrentProcess};
     ASSERT_EQ(SameProcess(&self, &current, &same), noErr);
     EXPECT_TRUE(same);
-}
 
-TEST(ProcessInformation, DescribesThisProcess)
-{
     Str255 name;
     ProcessInfoRec info = InfoRecord(name);
-    FSRef application{};
+    FSRef application{}, executable = RefOf("/proc/self/exe");
     info.processAppRef = &application;
-    ProcessSerialNumber self{0, kCurrentProcess};
     ASSERT_EQ(GetProcessInformation(&self, &info), noErr);
-
     EXPECT_EQ(PascalText(name), fs::read_symlink("/proc/self/exe").filename().string());
-    ProcessSerialNumber current{}, parent{};
-    GetCurrentProcess(&current);
+    ProcessSerialNumber parent{};
     EXPECT_EQ(info.processNumber, current);
     ASSERT_EQ(GetProcessForPID(::getppid(), &parent), noErr);
     EXPECT_EQ(info.processLauncher, parent);
     EXPECT_EQ(info.processType, FourCC("APPL"));
     EXPECT_GT(info.processSize, 0u);
-    FSRef executable;
-    ASSERT_EQ(FSPathMakeRef(reinterpret_cast<const UInt8*>("/proc/self/exe"), &executable, nullptr), noErr);
     EXPECT_EQ(FSCompareFSRefs(&application, &executable), noErr);
 
     CFStringRef fullName = nullptr;
@@ -104,18 +85,10 @@ TEST(ProcessInformation, DescribesThisProcess)
     EXPECT_EQ(GetProcessInformation(&self, &info), paramErr);
 }
 
-void WriteFile(const fs::path& inPath, std::string_view inText)
-{
-    FILE* file = std::fopen(inPath.c_str(), "w");
-    ASSERT_NE(file, nullptr);
-    std::fwrite(inText.data(), 1, inText.size(), file);
-    std::fclose(file);
-}
-
 TEST(ProcessInformation, NamesABundledApplicationAfterItsBundle)
 {
     TemporaryFolder folder;
-    fs::path bundle = folder.path / "Sample Tool.app";
+    fs::path bundle = folder.Path("Sample Tool.app");
     ChildProcess bundled(InstallSleeper(bundle / "Contents/MacOS/sampletool"), {"30"});
     WriteFile(bundle / "Contents/Info.plist", R"(<?xml version="1.0" encoding="UTF-8"?>
 <plist version="1.0"><dict>
@@ -123,7 +96,8 @@ TEST(ProcessInformation, NamesABundledApplicationAfterItsBundle)
 <key>CFBundleSignature</key><string>SmTl</string>
 </dict></plist>
 )");
-    ChildProcess longName(InstallSleeper(folder.path / "an-executable-name-longer-than-31-bytes"), {"30"});
+    const std::string bare = folder.Path("an-executable-name-longer-than-31-bytes");
+    ChildProcess longName(InstallSleeper(bare), {"30"});
 
     Str255 name;
     FSRef application{};
@@ -135,14 +109,12 @@ TEST(ProcessInformation, NamesABundledApplicationAfterItsBundle)
     EXPECT_EQ(info.processType, FourCC("TEST"));
     EXPECT_EQ(info.processSignature, FourCC("SmTl"));
     // The application file of a bundled program is its bundle, of a bare one its executable.
-    FSRef expected;
-    ASSERT_EQ(FSPathMakeRef(reinterpret_cast<const UInt8*>(bundle.c_str()), &expected, nullptr), noErr);
+    FSRef expected = RefOf(bundle);
     EXPECT_EQ(FSCompareFSRefs(&application, &expected), noErr);
 
     psn = longName.PSN();
     ASSERT_EQ(GetProcessInformation(&psn, &info), noErr);
-    fs::path bare = folder.path / "an-executable-name-longer-than-31-bytes";
-    ASSERT_EQ(FSPathMakeRef(reinterpret_cast<const UInt8*>(bare.c_str()), &expected, nullptr), noErr);
+    expected = RefOf(bare);
     EXPECT_EQ(FSCompareFSRefs(&application, &expected), noErr);
     EXPECT_EQ(info.processSignature, FourCC("????"));
     EXPECT_EQ(PascalText(name), std::string("an-executable-name-longer-than-31-bytes").substr(0, 31));
@@ -167,7 +139,7 @@ TEST(ProcessSerialNumbers, StopMatchingWhenTheProcessEnds)
     EXPECT_EQ(GetProcessPID(&forged, &pid), procNotFound);
 
     ::kill(child.PID(), SIGKILL);
-    ASSERT_TRUE(child.Reap());
+    ASSERT_TRUE(child.EndsBy(SIGKILL));
     EXPECT_EQ(GetProcessInformation(&psn, &info), procNotFound);
     EXPECT_EQ(GetProcessForPID(child.PID(), &psn), procNotFound);
     // The walk goes on after a process that has ended.

@@ -1,5 +1,7 @@
 // Resource files built byte by byte: the chain of open files, handles lent and taken back,
 // indexed strings, damaged maps, and the resource files of bundles.
+#include "FilesTesting.h"
+
 #include <Carbon/CFBundleResources.h>
 #include <Carbon/MacErrors.h>
 #include <Carbon/Resources.h>
@@ -7,8 +9,6 @@
 #include <CoreFoundation/CoreFoundation.h>
 
 #include <gtest/gtest.h>
-
-#include <stdlib.h>
 
 #include <cstring>
 #include <filesystem>
@@ -18,6 +18,7 @@
 #include <vector>
 
 namespace fs = std::filesystem;
+using spindeck::test::RefOf;
 
 namespace {
 
@@ -105,26 +106,17 @@ constexpr ResType kIcon = FourCC("ICON");
 
 class ResourceFiles : public ::testing::Test {
 protected:
-    ResourceFiles()
-    {
-        std::string pattern = (fs::temp_directory_path() / "resources-XXXXXX").string();
-        mFolder = ::mkdtemp(pattern.data());
-    }
-
     ~ResourceFiles() override
     {
         for (ResFileRefNum refNum : mOpened)
             CloseResFile(refNum);
-        fs::remove_all(mFolder);
     }
 
     FSRef WriteFile(const std::string& inName, const std::vector<UInt8>& inBytes)
     {
-        fs::path path = mFolder / inName;
+        std::string path = mFolder.Path(inName);
         std::ofstream(path, std::ios::binary).write(reinterpret_cast<const char*>(inBytes.data()), std::streamsize(inBytes.size()));
-        FSRef ref;
-        EXPECT_EQ(FSPathMakeRef(reinterpret_cast<const UInt8*>(path.c_str()), &ref, nullptr), noErr);
-        return ref;
+        return RefOf(path);
     }
 
     // A data-fork resource file; kResFileNotOpened and the status when it does not open.
@@ -154,12 +146,12 @@ protected:
         return older;
     }
 
-    fs::path mFolder;
+    spindeck::test::TemporaryFolder mFolder;
     std::vector<ResFileRefNum> mOpened;
     ResFileRefNum mNewer = kResFileNotOpened;
 };
 
-TEST_F(ResourceFiles, TheChainIsSearchedFromTheCurrentFileDown)
+TEST_F(ResourceFiles, TheChainIsSearchedFromTheCurrentFileDownAndClosedFromTheTop)
 {
     ResFileRefNum older = OpenOlderAndNewer();
     ASSERT_TRUE(older > 0 && mNewer > 0);
@@ -191,15 +183,9 @@ TEST_F(ResourceFiles, TheChainIsSearchedFromTheCurrentFileDown)
     EXPECT_EQ(Get1IndResource(kText, 3), nullptr);
     EXPECT_EQ(Get1IndResource(kText, 0), nullptr);
     EXPECT_EQ(ResError(), resNotFound);
-}
 
-TEST_F(ResourceFiles, OpeningClosingAndChoosingFiles)
-{
-    ResFileRefNum older = OpenOlderAndNewer();
     // Opening a file again answers its number and leaves the current file alone.
-    UseResFile(older);
-    FSRef newer;
-    ASSERT_EQ(FSPathMakeRef(reinterpret_cast<const UInt8*>((mFolder / "newer").c_str()), &newer, nullptr), noErr);
+    FSRef newer = RefOf(mFolder.Path("newer"));
     ResFileRefNum again = kResFileNotOpened;
     EXPECT_EQ(FSOpenResourceFile(&newer, 0, nullptr, fsRdWrPerm, &again), noErr);
     EXPECT_EQ(again, mNewer);
@@ -357,9 +343,8 @@ TEST_F(ResourceFiles, TheResourceForkHoldsTheUsualFile)
 // A bundle's files: the executable's own, and the localized one above it in the chain.
 TEST_F(ResourceFiles, BundlesOpenAndCloseTheirFilesTogether)
 {
-    const fs::path resources = mFolder / "Tool.bundle/Contents/Resources";
-    fs::create_directories(resources / "en.lproj");
-    std::ofstream(mFolder / "Tool.bundle/Contents/Info.plist")
+    fs::create_directories(mFolder.Path("Tool.bundle/Contents/Resources/en.lproj"));
+    std::ofstream(mFolder.Path("Tool.bundle/Contents/Info.plist"))
         << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\"><dict>"
            "<key>CFBundleExecutable</key><string>Tool</string>"
            "<key>CFBundleDevelopmentRegion</key><string>en</string></dict></plist>\n";
@@ -367,7 +352,7 @@ TEST_F(ResourceFiles, BundlesOpenAndCloseTheirFilesTogether)
               BuildResourceFile({{kText, 1, "general"}, {kText, 2, "only general"}}).bytes);
     WriteFile("Tool.bundle/Contents/Resources/en.lproj/Localized.rsrc", BuildResourceFile({{kText, 1, "english"}}).bytes);
 
-    const std::string path = (mFolder / "Tool.bundle").string();
+    const std::string path = mFolder.Path("Tool.bundle");
     CFURLRef url = CFURLCreateFromFileSystemRepresentation(nullptr, reinterpret_cast<const UInt8*>(path.c_str()),
                                                            CFIndex(path.size()), true);
     CFBundleRef bundle = CFBundleCreate(nullptr, url);

@@ -7,30 +7,28 @@
 
 #include <algorithm>
 #include <string>
+#include <tuple>
 
 namespace {
 
 TEST(TextEncoding, PartsPackAsStringEncodingsDo)
 {
-    EXPECT_EQ(CreateTextEncoding(kTextEncodingUnicodeDefault, kUnicodeNoSubset, kUnicodeUTF8Format), kCFStringEncodingUTF8);
-    EXPECT_EQ(CreateTextEncoding(kTextEncodingUnicodeDefault, kUnicodeNoSubset, kUnicodeUTF16BEFormat),
-              kCFStringEncodingUTF16BE);
-    EXPECT_EQ(CreateTextEncoding(kTextEncodingUnicodeDefault, kUnicodeNoSubset, kUnicodeUTF32LEFormat),
-              kCFStringEncodingUTF32LE);
-    EXPECT_EQ(CreateTextEncoding(kTextEncodingWindowsLatin1, 0, 0), kCFStringEncodingWindowsLatin1);
-
-    TextEncoding icelandic = CreateTextEncoding(kTextEncodingMacIcelandic, kMacIcelandicTTEuroSignVariant, 0);
-    EXPECT_EQ(GetTextEncodingBase(icelandic), TextEncodingBase(kTextEncodingMacIcelandic));
-    EXPECT_EQ(GetTextEncodingVariant(icelandic), TextEncodingVariant(kMacIcelandicTTEuroSignVariant));
-    EXPECT_EQ(GetTextEncodingFormat(icelandic), TextEncodingFormat(kTextEncodingDefaultFormat));
-    TextEncoding hfs = CreateTextEncoding(kTextEncodingUnicodeV2_0, kUnicodeHFSPlusDecompVariant, kUnicodeUTF8Format);
-    EXPECT_EQ(hfs, 0x08080103u);
+    using Parts = std::tuple<TextEncodingBase, TextEncodingVariant, TextEncodingFormat, TextEncoding>;
+    for (auto [base, variant, format, packed] :
+         {Parts{kTextEncodingUnicodeDefault, kUnicodeNoSubset, kUnicodeUTF8Format, kCFStringEncodingUTF8},
+          {kTextEncodingUnicodeDefault, kUnicodeNoSubset, kUnicodeUTF16BEFormat, kCFStringEncodingUTF16BE},
+          {kTextEncodingUnicodeDefault, kUnicodeNoSubset, kUnicodeUTF32LEFormat, kCFStringEncodingUTF32LE},
+          {kTextEncodingWindowsLatin1, 0, 0, kCFStringEncodingWindowsLatin1},
+          {kTextEncodingMacIcelandic, kMacIcelandicTTEuroSignVariant, kTextEncodingDefaultFormat, 0x00050025},
+          {kTextEncodingUnicodeV2_0, kUnicodeHFSPlusDecompVariant, kUnicodeUTF8Format, 0x08080103},
+          {0xFFFF, 0x3FF, 0x3F, 0xFFFFFFFF}}) {
+        EXPECT_EQ(CreateTextEncoding(base, variant, format), packed);
+        EXPECT_EQ(std::tuple(GetTextEncodingBase(packed), GetTextEncodingVariant(packed), GetTextEncodingFormat(packed)),
+                  std::tuple(base, variant, format));
+    }
     // Each part keeps to its own bits.
     EXPECT_EQ(CreateTextEncoding(0x1FFFF, 0x7FF, 0x7F), 0xFFFFFFFFu);
     EXPECT_EQ(CreateTextEncoding(0x10000, 0x400, 0x40), 0u);
-    EXPECT_EQ(GetTextEncodingBase(0xFFFFFFFF), 0xFFFFu);
-    EXPECT_EQ(GetTextEncodingVariant(0xFFFFFFFF), 0x3FFu);
-    EXPECT_EQ(GetTextEncodingFormat(0xFFFFFFFF), 0x3Fu);
 }
 
 struct ScriptInfo {
