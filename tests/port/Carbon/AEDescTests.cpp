@@ -17,6 +17,7 @@
 #include <tuple>
 #include <vector>
 
+using spindeck::test::AttributeOf;
 using spindeck::test::Desc;
 using spindeck::test::SameDescs;
 
@@ -249,26 +250,18 @@ TEST_F(AEDescriptors, AppleEventsCarryAttributesAndParameters)
     ASSERT_EQ(AECreateAppleEvent(kCoreEventClass, kAEQuitApplication, &address.d, 1234, kAnyTransactionID, &other.d),
               noErr);
 
-    AEEventClass eventClass = 0;
-    AEEventID eventID = 0;
-    DescType type = 0;
-    Size size = 0;
-    ASSERT_EQ(AEGetAttributePtr(&event.d, keyEventClassAttr, typeType, &type, &eventClass, 4, &size), noErr);
-    ASSERT_EQ(AEGetAttributePtr(&event.d, keyEventIDAttr, typeType, &type, &eventID, 4, &size), noErr);
-    EXPECT_EQ(eventClass, kCoreEventClass);
-    EXPECT_EQ(eventID, kAEOpenApplication);
-    SInt32 returnID = 0, transactionID = 0, otherReturnID = 0;
-    AEGetAttributePtr(&event.d, keyReturnIDAttr, typeSInt32, &type, &returnID, 4, &size);
-    AEGetAttributePtr(&event.d, keyTransactionIDAttr, typeSInt32, &type, &transactionID, 4, &size);
-    AEGetAttributePtr(&other.d, keyReturnIDAttr, typeSInt32, &type, &otherReturnID, 4, &size);
-    EXPECT_GT(returnID, 0);
-    EXPECT_EQ(transactionID, 77);
-    EXPECT_EQ(otherReturnID, 1234);
+    EXPECT_EQ(AttributeOf<AEEventClass>(event.d, keyEventClassAttr, typeType), kCoreEventClass);
+    EXPECT_EQ(AttributeOf<AEEventID>(event.d, keyEventIDAttr, typeType), kAEOpenApplication);
+    EXPECT_GT(AttributeOf<SInt32>(event.d, keyReturnIDAttr, typeSInt32), 0);
+    EXPECT_EQ(AttributeOf<SInt32>(event.d, keyTransactionIDAttr, typeSInt32), 77);
+    EXPECT_EQ(AttributeOf<SInt32>(other.d, keyReturnIDAttr, typeSInt32), 1234);
     Desc addressBack;
     ASSERT_EQ(AEGetAttributeDesc(&event.d, keyAddressAttr, typeWildCard, &addressBack.d), noErr);
     EXPECT_EQ(addressBack.d.descriptorType, typeProcessSerialNumber);
 
     ASSERT_EQ(AEPutParamPtr(&event.d, keyDirectObject, typeUTF8Text, "document", 8), noErr);
+    DescType type = 0;
+    Size size = 0;
     char buffer[4];
     ASSERT_EQ(AEGetParamPtr(&event.d, keyDirectObject, typeUTF8Text, &type, buffer, sizeof buffer, &size), noErr);
     EXPECT_EQ(std::string(buffer, 4), "docu");
@@ -279,8 +272,8 @@ TEST_F(AEDescriptors, AppleEventsCarryAttributesAndParameters)
 
     Desc record;
     AECreateList(nullptr, 0, true, &record.d);
-    EXPECT_EQ(AEGetAttributePtr(&record.d, keyEventClassAttr, typeType, &type, &eventClass, 4, &size),
-              errAENotAppleEvent);
+    AEEventClass eventClass = kCoreEventClass;
+    EXPECT_EQ(AEGetAttributePtr(&record.d, keyEventClassAttr, typeType, &type, &eventClass, 4, &size), errAENotAppleEvent);
     EXPECT_EQ(AEPutAttributePtr(&record.d, keyEventClassAttr, typeType, &eventClass, 4), errAENotAppleEvent);
 }
 

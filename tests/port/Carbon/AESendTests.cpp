@@ -13,8 +13,10 @@
 #include <csignal>
 #include <string>
 
+using spindeck::test::AttributeOf;
 using spindeck::test::ChildProcess;
 using spindeck::test::Desc;
+using spindeck::test::ParamOf;
 using spindeck::test::SameDescs;
 
 namespace {
@@ -41,13 +43,6 @@ OSErr SendQuit(const ProcessSerialNumber& inPSN)
     Desc event;
     MakeEvent(typeProcessSerialNumber, inPSN, kCoreEventClass, kAEQuitApplication, event.d);
     return Send(event.d, nullptr, kAEQueueReply);
-}
-
-SInt32 ErrorNumber(const AppleEvent& inReply)
-{
-    SInt32 error = 0;
-    EXPECT_EQ(AEGetParamPtr(&inReply, keyErrorNumber, typeSInt32, nullptr, &error, sizeof error, nullptr), noErr);
-    return error;
 }
 
 // Copies the direct object into the reply and counts its calls; a "fail" parameter makes
@@ -101,9 +96,7 @@ TEST_F(AESendToSelf, DispatchesToTheHandlerAndReturnsItsReply)
     Size size = 0;
     ASSERT_EQ(AEGetParamPtr(&reply.d, keyDirectObject, typeUTF8Text, nullptr, text, 4, &size), noErr);
     EXPECT_EQ(std::string(text, 4), "ping");
-    AEEventID replyID = 0;
-    AEGetAttributePtr(&reply.d, keyEventIDAttr, typeType, nullptr, &replyID, 4, nullptr);
-    EXPECT_EQ(replyID, kAEAnswer);
+    EXPECT_EQ(AttributeOf<AEEventID>(reply.d, keyEventIDAttr, typeType), kAEAnswer);
 
     // Without waiting there is no reply to give, but the handler still runs.
     AEDisposeDesc(&reply.d);
@@ -125,11 +118,11 @@ TEST_F(AESendToSelf, FailuresComeBackInTheReplyAndRefusalsAsStatuses)
     SInt16 failure = -4242;
     AEPutParamPtr(&failing.d, FourCC("fail"), typeSInt16, &failure, sizeof failure);
     ASSERT_EQ(Send(failing.d, &reply.d, kAEWaitReply), noErr);
-    EXPECT_EQ(ErrorNumber(reply.d), -4242);
+    EXPECT_EQ(ParamOf<SInt32>(reply.d, keyErrorNumber, typeSInt32), -4242);
 
     MakeEvent(typeProcessSerialNumber, mSelf, kTestClass, FourCC("none"), unknown.d);
     EXPECT_EQ(Send(unknown.d, &otherReply.d, kAEWaitReply), errAEEventNotHandled);
-    EXPECT_EQ(ErrorNumber(otherReply.d), errAEEventNotHandled);
+    EXPECT_EQ(ParamOf<SInt32>(otherReply.d, keyErrorNumber, typeSInt32), errAEEventNotHandled);
 
     EXPECT_EQ(Send(failing.d, nullptr, 0), errAEUnknownSendMode);
     AECreateList(nullptr, 0, true, &record.d);
@@ -227,22 +220,17 @@ TEST_F(AERemoteResponder, DeliversTheEventAndBringsBackTheReplyOrStatus)
         AEDisposeDesc(&sent.d);
         AEDisposeDesc(&echoed.d);
     }
-    ProcessSerialNumber sender{}, self{};
+    ProcessSerialNumber self{};
     GetCurrentProcess(&self);
-    ASSERT_EQ(AEGetParamPtr(&reply.d, keyOriginalAddressAttr, typeProcessSerialNumber, nullptr, &sender, sizeof sender,
-                            nullptr),
-              noErr);
-    EXPECT_EQ(sender, self);
-    SInt16 source = 0;
-    AEGetParamPtr(&reply.d, keyEventSourceAttr, typeSInt16, nullptr, &source, sizeof source, nullptr);
-    EXPECT_EQ(source, kAELocalProcess);
+    EXPECT_EQ(ParamOf<ProcessSerialNumber>(reply.d, keyOriginalAddressAttr, typeProcessSerialNumber), self);
+    EXPECT_EQ(ParamOf<SInt16>(reply.d, keyEventSourceAttr, typeSInt16), kAELocalProcess);
 
     // Without waiting, the event is delivered and the call returns at once.
     EXPECT_EQ(Send(event.d, nullptr, kAEQueueReply), noErr);
 
     MakeEvent(typeProcessSerialNumber, mPSN, kTestClass, FourCC("none"), unknown.d);
     EXPECT_EQ(Send(unknown.d, &unknownReply.d, kAEWaitReply, 10 * 60), errAEEventNotHandled);
-    EXPECT_EQ(ErrorNumber(unknownReply.d), errAEEventNotHandled);
+    EXPECT_EQ(ParamOf<SInt32>(unknownReply.d, keyErrorNumber, typeSInt32), errAEEventNotHandled);
     MakeEvent(typeProcessSerialNumber, mPSN, kTestClass, FourCC("slow"), slow.d);
     EXPECT_EQ(Send(slow.d, nullptr, kAEWaitReply, 6), errAETimeout);
 }

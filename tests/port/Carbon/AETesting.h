@@ -29,6 +29,23 @@ inline bool SameDescs(const AEDesc& inA, const AEDesc& inB)
     return inA.descriptorType == inB.descriptorType && a == b;
 }
 
+// An attribute of an event as inType; zero where it cannot be had.
+template <class T>
+T AttributeOf(const AppleEvent& inEvent, AEKeyword inKey, DescType inType)
+{
+    T value{};
+    EXPECT_EQ(AEGetAttributePtr(&inEvent, inKey, inType, nullptr, &value, sizeof value, nullptr), noErr);
+    return value;
+}
+
+template <class T>
+T ParamOf(const AppleEvent& inEvent, AEKeyword inKey, DescType inType)
+{
+    T value{};
+    EXPECT_EQ(AEGetParamPtr(&inEvent, inKey, inType, nullptr, &value, sizeof value, nullptr), noErr);
+    return value;
+}
+
 class DescriptorTest : public ::testing::Test {
 protected:
     void SetUp() override { mLive = _AEGetLiveDescriptorCount(); }

@@ -43,7 +43,7 @@ TEST(Collation, FileNameOptions)
     EXPECT_EQ(Order(u"Straße", u"STRASSE"), 0);
 }
 
-TEST(Collation, EachOptionOnItsOwn)
+TEST(Collation, EachOptionOnItsOwnAndTheArguments)
 {
     // Without an insensitivity, the difference it would pass over counts.
     EXPECT_NE(Order(u"Report", u"report", 0), 0);
@@ -67,10 +67,7 @@ TEST(Collation, EachOptionOnItsOwn)
 
     // The collation type in the top byte is accepted.
     EXPECT_EQ(Order(u"a", u"a", kUCCollateTypeHFSExtended << kUCCollateTypeShiftBits), 0);
-}
 
-TEST(Collation, ArgumentsAreChecked)
-{
     const UniChar text[] = {'a'};
     SInt32 order = 0;
     Boolean equivalent = false;

@@ -89,10 +89,9 @@ TEST(FilesCatalog, InformationRoundTrips)
     auto same = [](const UTCDateTime& inA, const UTCDateTime& inB) {
         return inA.highSeconds == inB.highSeconds && inA.lowSeconds == inB.lowSeconds && inA.fraction == inB.fraction;
     };
-    EXPECT_TRUE(same(got.contentModDate, set.contentModDate));
-    EXPECT_TRUE(same(got.accessDate, set.accessDate));
-    EXPECT_TRUE(same(got.createDate, set.createDate));
-    EXPECT_TRUE(same(got.backupDate, set.backupDate));
+    for (auto date : {&FSCatalogInfo::contentModDate, &FSCatalogInfo::accessDate, &FSCatalogInfo::createDate,
+                      &FSCatalogInfo::backupDate})
+        EXPECT_TRUE(same(got.*date, set.*date));
     EXPECT_EQ(got.permissionInfo.mode, S_IFREG | 0640);
     EXPECT_EQ(std::memcmp(got.finderInfo, set.finderInfo, 16), 0);
     EXPECT_EQ(std::memcmp(got.extFinderInfo, set.extFinderInfo, 16), 0);

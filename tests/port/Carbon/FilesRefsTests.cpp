@@ -30,7 +30,7 @@ Placement PlacementOf(const FSRef& inRef)
     return placement;
 }
 
-TEST(FilesReferences, FollowItemsThatAnotherProcessRenamesOrMoves)
+TEST(FilesReferences, FollowItemsThatAnotherProcessRenamesOrMovesAndCompareByIdentity)
 {
     TemporaryFolder folder;
     ::mkdir(folder.Path("a").c_str(), 0755);
@@ -61,8 +61,22 @@ TEST(FilesReferences, FollowItemsThatAnotherProcessRenamesOrMoves)
     WriteFile(folder.Path("a/renamed/moved"), "y");
     FSCatalogInfo info;
     EXPECT_EQ(FSGetCatalogInfo(&file, kFSCatInfoNone, &info, nullptr, nullptr, nullptr), fnfErr);
-    FSRef fresh = RefOf(folder.Path("a/renamed/moved"));
+    FSRef fresh = RefOf(folder.Path("a/renamed/moved")), again = RefOf(folder.Path("a/./renamed/moved"));
     EXPECT_EQ(FSCompareFSRefs(&file, &fresh), errFSRefsDifferent);
+    EXPECT_EQ(FSCompareFSRefs(&again, &fresh), noErr);
+
+    FSRef garbage;
+    std::memset(&garbage, 0x5A, sizeof garbage);
+    EXPECT_EQ(FSCompareFSRefs(&fresh, &garbage), errFSBadFSRef);
+    EXPECT_EQ(FSGetCatalogInfo(&garbage, kFSCatInfoNone, nullptr, nullptr, nullptr, nullptr), errFSBadFSRef);
+    EXPECT_EQ(FSCompareFSRefs(&fresh, nullptr), paramErr);
+
+    struct stat tmp, shm;
+    if (::stat("/dev/shm", &shm) != 0 || ::stat(folder.Path().c_str(), &tmp) != 0 || shm.st_dev == tmp.st_dev)
+        GTEST_SKIP() << "no second volume to compare with";
+    FSRef elsewhere = RefOf("/dev/shm");
+    EXPECT_EQ(FSCompareFSRefs(&fresh, &elsewhere), diffVolErr);
+    EXPECT_EQ(FSMoveObject(&fresh, &elsewhere, nullptr), diffVolErr);
 }
 
 int OpenDescriptors()
@@ -90,29 +104,6 @@ TEST(FilesReferences, ManyItemsDoNotExhaustDescriptors)
         ASSERT_EQ(FSGetCatalogInfo(&refs[index], kFSCatInfoNone, nullptr, &name, nullptr, nullptr), noErr);
         EXPECT_EQ(NameOf(name), Units(std::to_string(index)));
     }
-}
-
-TEST(FilesReferences, CompareByIdentity)
-{
-    TemporaryFolder folder;
-    WriteFile(folder.Path("one"), "1");
-    WriteFile(folder.Path("two"), "2");
-    FSRef one = RefOf(folder.Path("one")), again = RefOf(folder.Path("./one")), two = RefOf(folder.Path("two"));
-    EXPECT_EQ(FSCompareFSRefs(&one, &again), noErr);
-    EXPECT_EQ(FSCompareFSRefs(&one, &two), errFSRefsDifferent);
-
-    FSRef garbage;
-    std::memset(&garbage, 0x5A, sizeof garbage);
-    EXPECT_EQ(FSCompareFSRefs(&one, &garbage), errFSBadFSRef);
-    EXPECT_EQ(FSGetCatalogInfo(&garbage, kFSCatInfoNone, nullptr, nullptr, nullptr, nullptr), errFSBadFSRef);
-    EXPECT_EQ(FSCompareFSRefs(&one, nullptr), paramErr);
-
-    struct stat tmp, shm;
-    if (::stat("/dev/shm", &shm) != 0 || ::stat(folder.Path().c_str(), &tmp) != 0 || shm.st_dev == tmp.st_dev)
-        GTEST_SKIP() << "no second volume to compare with";
-    FSRef elsewhere = RefOf("/dev/shm");
-    EXPECT_EQ(FSCompareFSRefs(&one, &elsewhere), diffVolErr);
-    EXPECT_EQ(FSMoveObject(&one, &elsewhere, nullptr), diffVolErr);
 }
 
 TEST(FilesVolumes, RootIsNodeTwoWithAnEmptyParent)
@@ -161,7 +152,7 @@ TEST(FilesVolumes, RootIsNodeTwoWithAnEmptyParent)
     EXPECT_EQ(FSGetVolumeInfo(12345, 0, nullptr, kFSVolInfoNone, nullptr, nullptr, nullptr), nsvErr);
 }
 
-TEST(FilesVolumes, DirectoryIDsAndSpecsLeadBackToTheItems)
+TEST(FilesVolumes, DirectoryIDsSpecsAndURLsLeadBackToTheItems)
 {
     TemporaryFolder folder;
     WriteFile(folder.Path("leaf.txt"), "");
@@ -204,6 +195,20 @@ TEST(FilesVolumes, DirectoryIDsAndSpecsLeadBackToTheItems)
     EXPECT_NE(std::string(reinterpret_cast<char*>(spec.name + 1), spec.name[0]).find('#'), std::string::npos);
     ASSERT_EQ(FSpMakeFSRef(&spec, &made), noErr);
     EXPECT_EQ(FSCompareFSRefs(&made, &longRef), noErr);
+
+    // A folder's URL has the directory flag; a URL of nothing makes no reference.
+    FSRef spaced = CreateFolder(container, "sub folder");
+    CFURLRef url = CFURLCreateFromFSRef(nullptr, &spaced);
+    ASSERT_NE(url, nullptr);
+    EXPECT_TRUE(CFURLHasDirectoryPath(url));
+    ASSERT_TRUE(CFURLGetFSRef(url, &made));
+    EXPECT_EQ(FSCompareFSRefs(&made, &spaced), noErr);
+    CFRelease(url);
+    const std::string nothing = folder.Path("nothing");
+    url = CFURLCreateFromFileSystemRepresentation(nullptr, reinterpret_cast<const UInt8*>(nothing.c_str()),
+                                                  CFIndex(nothing.size()), false);
+    EXPECT_FALSE(CFURLGetFSRef(url, &made));
+    CFRelease(url);
 }
 
 TEST(FilesNames, LengthsCharactersAndReservedNames)
@@ -238,26 +243,6 @@ TEST(FilesNames, LengthsCharactersAndReservedNames)
     std::u16string absent = u"absent";
     EXPECT_EQ(FSMakeFSRefUnicode(&parent, absent.size(), Chars(absent), 0, &again), fnfErr);
     EXPECT_EQ(FSMakeFSRefUnicode(&odd, absent.size(), Chars(absent), 0, &again), errFSNotAFolder);
-}
-
-TEST(FilesURLs, ConvertBothWays)
-{
-    TemporaryFolder folder;
-    ::mkdir(folder.Path("sub folder").c_str(), 0755);
-    FSRef sub = RefOf(folder.Path("sub folder"));
-    CFURLRef url = CFURLCreateFromFSRef(nullptr, &sub);
-    ASSERT_NE(url, nullptr);
-    EXPECT_TRUE(CFURLHasDirectoryPath(url));
-    FSRef back;
-    ASSERT_TRUE(CFURLGetFSRef(url, &back));
-    EXPECT_EQ(FSCompareFSRefs(&back, &sub), noErr);
-    CFRelease(url);
-
-    CFURLRef missing = CFURLCreateFromFileSystemRepresentation(
-        nullptr, reinterpret_cast<const UInt8*>(folder.Path("nothing").c_str()), CFIndex(folder.Path("nothing").size()),
-        false);
-    EXPECT_FALSE(CFURLGetFSRef(missing, &back));
-    CFRelease(missing);
 }
 
 }  // namespace

@@ -18,7 +18,7 @@ std::vector<char> Pattern(std::size_t inSize)
     return bytes;
 }
 
-TEST(MemoryPointers, KnowTheirSizeAndClear)
+TEST(MemoryBlocks, KnowTheirSizeClearAndKeepTheContentsWhenResized)
 {
     Ptr empty = NewPtr(0);
     ASSERT_NE(empty, nullptr);
@@ -35,10 +35,7 @@ TEST(MemoryPointers, KnowTheirSizeAndClear)
 
     EXPECT_EQ(NewPtr(-1), nullptr);
     EXPECT_EQ(MemError(), memFullErr);
-}
 
-TEST(MemoryHandles, ResizingKeepsTheContents)
-{
     const std::vector<char> pattern = Pattern(64);
     Handle handle = NewHandle(64);
     ASSERT_NE(handle, nullptr);
@@ -60,11 +57,11 @@ TEST(MemoryHandles, ResizingKeepsTheContents)
     DisposeHandle(handle);
     EXPECT_EQ(MemError(), noErr);
 
-    Handle cleared = NewHandleClear(0);
-    ASSERT_NE(cleared, nullptr);
-    EXPECT_NE(*cleared, nullptr);
-    EXPECT_EQ(GetHandleSize(cleared), 0);
-    DisposeHandle(cleared);
+    Handle emptyHandle = NewHandleClear(0);
+    ASSERT_NE(emptyHandle, nullptr);
+    EXPECT_NE(*emptyHandle, nullptr);
+    EXPECT_EQ(GetHandleSize(emptyHandle), 0);
+    DisposeHandle(emptyHandle);
     EXPECT_EQ(NewHandle(-1), nullptr);
     EXPECT_EQ(MemError(), memFullErr);
 }
