@@ -69,6 +69,9 @@ inline void WriteFile(const std::string& inPath, const std::string& inContents)
     std::ofstream(inPath, std::ios::binary) << inContents;
 }
 
+// The text of a Pascal string: a length byte, then that many bytes.
+inline std::string PascalText(const UInt8* inText) { return std::string(reinterpret_cast<const char*>(inText + 1), inText[0]); }
+
 inline std::string ReadFile(const std::string& inPath)
 {
     std::ifstream file(inPath, std::ios::binary);

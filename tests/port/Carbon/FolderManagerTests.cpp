@@ -35,8 +35,8 @@ protected:
     }
     ~Folders() override { ::umask(mUmask); }
 
-    spindeck::test::ScratchFolder mScratch;
-    const fs::path mRoot = mScratch.path;
+    spindeck::test::TemporaryFolder mScratch;
+    const fs::path mRoot = mScratch.Path();
     const mode_t mUmask = ::umask(022);
     std::deque<ScopedVariable> mVariables;  // restored before the folder goes
 };

@@ -59,7 +59,7 @@ std::size_t OpenDescriptorCount()
 
 TEST(LaunchServices, StartsAProgramDetachedWithItsItems)
 {
-    ScratchFolder folder;
+    TemporaryFolder folder;
     // Standard input is a pipe during the launch, and none of these descriptors is marked
     // close-on-exec: the program must still read /dev/null and see none of them.
     int input[2];
@@ -89,7 +89,7 @@ TEST(LaunchServices, StartsAProgramDetachedWithItsItems)
 
 TEST(LaunchServices, RunsABundleOnceUnlessAnotherInstanceIsAsked)
 {
-    ScratchFolder folder;
+    TemporaryFolder folder;
     std::string bundle = folder.Path("Probe.app"), executable = bundle + "/Contents/MacOS/Probe";
     MakeBundle(bundle, "<key>CFBundlePackageType</key><string>APPL</string>", "Probe", kTarget);
     URL bundleURL = PathURL(bundle, true), executableURL = PathURL(executable), secondReport = PathURL(folder.Path("2"));
@@ -119,8 +119,8 @@ TEST(LaunchServices, RunsABundleOnceUnlessAnotherInstanceIsAsked)
 
 TEST(LaunchServices, AnswersWhyNothingCouldBeLaunched)
 {
-    ScratchFolder folder;
-    WriteFile(folder.Path("garbage"), "neither a program nor a script\n", 0755);
+    TemporaryFolder folder;
+    WriteProgram(folder.Path("garbage"), "neither a program nor a script\n");
     WriteFile(folder.Path("notes.txt"), "text\n");
     MakeBundle(folder.Path("Empty.app"), "", "Missing");
     MakeBundle(folder.Path("Undeclared.app"), "");
@@ -158,7 +158,7 @@ TEST(LaunchServices, AnswersWhyNothingCouldBeLaunched)
 
 TEST(LaunchServices, HandsEverythingElseToTheDesktopsOpener)
 {
-    ScratchFolder folder;
+    TemporaryFolder folder;
     fs::create_directories(folder.Path("bin"));
     fs::create_directories(folder.Path("opened"));
     ScopedVariable path("PATH", folder.Path("bin"));
@@ -172,8 +172,8 @@ TEST(LaunchServices, HandsEverythingElseToTheDesktopsOpener)
 
     // Each run of the opener leaves a file named after its process, holding its argument.
     std::string opened = folder.Path("opened/");
-    WriteFile(folder.Path("bin/xdg-open"),
-              "#!/bin/sh\necho \"$1\" > " + opened + ".$$ && /bin/mv " + opened + ".$$ " + opened + "$$\n", 0755);
+    WriteProgram(folder.Path("bin/xdg-open"),
+                 "#!/bin/sh\necho \"$1\" > " + opened + ".$$ && /bin/mv " + opened + ".$$ " + opened + "$$\n");
     ASSERT_EQ(Launch(nullptr, {document.get(), pane.get(), web.get()}, kLSLaunchAsync, &launched), noErr);
     EXPECT_EQ(PathOf(launched.get()), folder.Path("bin/xdg-open"));
 
@@ -188,7 +188,7 @@ TEST(LaunchServices, HandsEverythingElseToTheDesktopsOpener)
 
 TEST(LaunchServices, LeavesNoChildAndNoDescriptorBehind)
 {
-    ScratchFolder folder;
+    TemporaryFolder folder;
     MakeBundle(folder.Path("True.app"), "", "True", "/bin/true");
     URL plain = PathURL("/bin/true"), bundle = PathURL(folder.Path("True.app"), true);
     std::size_t descriptors = OpenDescriptorCount();
@@ -202,7 +202,7 @@ TEST(LaunchServices, LeavesNoChildAndNoDescriptorBehind)
 
 TEST(LaunchServices, NamesBundlesByTheirNameAndOtherItemsByTheirFileName)
 {
-    ScratchFolder folder;
+    TemporaryFolder folder;
     MakeBundle(folder.Path("Named.app"), "<key>CFBundleName</key><string>Spindeck Demo</string>");
     MakeBundle(folder.Path("Plain.app"), "");
     WriteFile(folder.Path("notes.txt"), "text\n");

@@ -1,6 +1,8 @@
-// Launching real programs in tests: a scratch folder, bundles made in it, URLs, the reports
+// Launching real programs in tests: bundles made in a temporary folder, URLs, the reports
 // that LaunchTarget writes, and launched programs that are ended with the test.
 #pragma once
+
+#include "FilesTesting.h"
 
 #include <Carbon/MacErrors.h>
 #include <Carbon/Processes.h>
@@ -24,20 +26,11 @@ namespace spindeck::test {
 
 namespace fs = std::filesystem;
 
-struct ScratchFolder {
-    std::string path = ::mkdtemp((fs::temp_directory_path() / "launch-test-XXXXXX").string().data());
-    ~ScratchFolder()
-    {
-        std::error_code ignored;
-        fs::remove_all(path, ignored);
-    }
-    std::string Path(const std::string& inName) const { return path + "/" + inName; }
-};
-
-inline void WriteFile(const std::string& inPath, const std::string& inText, int inMode = 0644)
+// A file that may be run: a script, or bytes that only look like a program.
+inline void WriteProgram(const std::string& inPath, const std::string& inText)
 {
-    std::ofstream(inPath) << inText;
-    fs::permissions(inPath, fs::perms(inMode));
+    WriteFile(inPath, inText);
+    fs::permissions(inPath, fs::perms(0755));
 }
 
 // Contents/Info.plist with inEntries (XML keys and values) and, when inProgram is given, a

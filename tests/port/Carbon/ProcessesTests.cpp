@@ -20,8 +20,6 @@ using namespace spindeck::test;
 
 namespace {
 
-std::string PascalText(const unsigned char* inName) { return std::string(reinterpret_cast<const char*>(inName + 1), inName[0]); }
-
 ProcessInfoRec InfoRecord(StringPtr ioName)
 {
     ProcessInfoRec info{};

@@ -19,6 +19,7 @@
 
 namespace fs = std::filesystem;
 using spindeck::test::RefOf;
+using spindeck::test::PascalText;
 
 namespace {
 
@@ -97,8 +98,6 @@ std::string StringList(const std::vector<std::string>& inStrings)
 }
 
 std::string Contents(Handle inHandle) { return std::string(*inHandle, std::size_t(GetHandleSize(inHandle))); }
-
-std::string PascalText(const unsigned char* inText) { return std::string(reinterpret_cast<const char*>(inText + 1), inText[0]); }
 
 constexpr ResType kText = FourCC("TEXT");
 constexpr ResType kStrings = FourCC("STR#");

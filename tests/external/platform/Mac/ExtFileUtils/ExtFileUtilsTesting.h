@@ -90,9 +90,4 @@ inline FinderInfo FinderInfoOf(const FSRef& inRef)
     return info;
 }
 
-inline std::string PascalText(const UInt8* inText)
-{
-    return std::string(reinterpret_cast<const char*>(inText + 1), inText[0]);
-}
-
 }  // namespace spindeck::test

@@ -110,7 +110,7 @@ TEST_F(SysAppleEvent, RaisesEachFailureWithItsMessage)
 // A forged serial number (right process id, wrong start time) must not reach the process.
 TEST_F(SysAppleEvent, QuitsALaunchedProgramAndALaunchedBundleButNotByAForgedSerialNumber)
 {
-    ScratchFolder folder;
+    TemporaryFolder folder;
     std::string bundle = folder.Path("Helper.app");
     MakeBundle(bundle, "", "Helper", kTarget);
     // A host with a signal source on its run loop keeps SIGTERM blocked; what it launches

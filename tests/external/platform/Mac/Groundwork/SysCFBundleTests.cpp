@@ -57,7 +57,7 @@ protected:
         return Gx::CFURL(reinterpret_cast<const UInt8*>(path.data()), CFIndex(path.size()), true, nullptr);
     }
 
-    ScratchFolder mFolder;
+    TemporaryFolder mFolder;
     ScopedVariable mLanguage{"LANGUAGE", "fr"};
 };
 

@@ -59,7 +59,7 @@ struct Case {
 // key, which must survive, and read back with the list's keys sorted.
 void RunCases(const std::vector<Case>& inCases)
 {
-    spindeck::test::ScratchFolder folder;
+    spindeck::test::TemporaryFolder folder;
     for (std::size_t number = 0; number < inCases.size(); ++number) {
         const Case& test = inCases[number];
         SCOPED_TRACE(testing::Message() << "case " << number);

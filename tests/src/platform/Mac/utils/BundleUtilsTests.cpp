@@ -11,7 +11,7 @@ class CurrentBundle : public ::testing::Test {
 protected:
     ~CurrentBundle() override { kvx::GetBundle() = Gx::CFBundle(CFBundleGetMainBundle(), true); }
 
-    spindeck::test::ScratchFolder mFolder;
+    spindeck::test::TemporaryFolder mFolder;
 };
 
 const auto kThrowsNilReference =

@@ -44,7 +44,7 @@ protected:
         return psn;
     }
 
-    ScratchFolder mFolder;
+    TemporaryFolder mFolder;
     std::vector<pid_t> mLaunched;
 };
 
