@@ -116,6 +116,26 @@ TEST(FilesIterators, DeleteEveryItemWhileIterating)
     EXPECT_EQ(FSCloseIterator(iterator), noErr);
 }
 
+// A listing longer than a delete iterator keeps in memory is read in parts, with or without a
+// companion among its names.
+TEST(FilesIterators, DeleteAFolderWithALongListing)
+{
+    TemporaryFolder folder(::access("/dev/shm", W_OK) == 0 ? "/dev/shm" : "/tmp");
+    const std::string longName(200, 'x');  // 6,000 of these list in well over a megabyte
+    for (const char* name : {"plain", "paired"}) {
+        ::mkdir(folder.Path(name).c_str(), 0755);
+        for (int index = 0; index < 6000; ++index)
+            WriteFile(folder.Path(name) + "/" + longName + std::to_string(index), "");
+    }
+    WriteFile(folder.Path("paired/._" + longName + "5999"), "companion");
+    for (const char* name : {"plain", "paired"}) {
+        FSRef container = RefOf(folder.Path(name));
+        int deepest = 0;
+        ASSERT_EQ(DeleteContents(container, deepest), noErr) << name;
+        EXPECT_TRUE(std::filesystem::is_empty(folder.Path(name))) << name << ": items and companions are all gone";
+    }
+}
+
 // Deleting through an iterator skips companions only where the listing showed none; one
 // this process writes after the iterator opened still goes with its item.
 TEST(FilesIterators, DeletingItemsTakesTheirCompanionsAlong)
