@@ -7,7 +7,6 @@
 #include <CoreFoundation/CFRuntime.h>
 #include <CoreFoundation/CFUserFolders.h>
 
-#include <pwd.h>
 #include <unistd.h>
 
 #include <array>
@@ -37,16 +36,6 @@ std::string HostName()
         return "localhost";
     std::string host = name.data();
     return host.substr(0, host.find('.'));
-}
-
-std::string LoginName()
-{
-    std::array<char, 4096> buffer{};
-    passwd entry{};
-    passwd* found = nullptr;
-    if (getpwuid_r(getuid(), &entry, buffer.data(), buffer.size(), &found) == 0 && found && found->pw_name)
-        return found->pw_name;
-    return "";
 }
 
 bool Is(CFStringRef inString, CFStringRef inConstant) { return CFEqual(inString, inConstant); }
@@ -95,7 +84,7 @@ std::optional<DomainLocation> Locate(CFStringRef inApplicationID, CFStringRef in
         location = {UserFolder(), true};
     } else if (Is(inUserName, kCFPreferencesAnyUser)) {
         location = {SystemFolder(), false};
-    } else if (UTF8(inUserName) == LoginName()) {
+    } else if (UTF8(inUserName) == cf::LoginName()) {
         location = {UserFolder(), true};
     } else {
         return std::nullopt;

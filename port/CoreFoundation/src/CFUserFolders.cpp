@@ -8,16 +8,29 @@
 
 namespace cf {
 
+namespace {
+
+// A field of this user's password database entry; empty when there is none.
+std::string AccountField(char* passwd::* inField)
+{
+    std::array<char, 4096> buffer{};
+    passwd entry{};
+    passwd* found = nullptr;
+    if (getpwuid_r(getuid(), &entry, buffer.data(), buffer.size(), &found) != 0 || found == nullptr)
+        return "";
+    const char* value = found->*inField;
+    return value ? value : "";
+}
+
+}  // namespace
+
+std::string LoginName() { return AccountField(&passwd::pw_name); }
+
 std::string HomeFolder()
 {
     if (const char* home = std::getenv("HOME"); home && *home)
         return home;
-    std::array<char, 4096> buffer{};
-    passwd entry{};
-    passwd* found = nullptr;
-    if (getpwuid_r(getuid(), &entry, buffer.data(), buffer.size(), &found) == 0 && found && found->pw_dir)
-        return found->pw_dir;
-    return "";
+    return AccountField(&passwd::pw_dir);
 }
 
 std::string XdgFolder(const char* inVariable, std::string_view inDefault)

@@ -1,5 +1,5 @@
-// The user's home folder and XDG base directories. A port extension: preferences and the
-// Folder Manager find the user's folders the same way. The environment is read on every
+// The user's login name, home folder and XDG base directories. A port extension:
+// preferences and the Folder Manager find the user's folders the same way. The environment is read on every
 // call, so that a program (or a test) that changes $HOME or an XDG variable sees it at once.
 #pragma once
 
@@ -7,6 +7,10 @@
 #include <string_view>
 
 namespace cf {
+
+// The name in the password database of the user this process runs as; empty when it has
+// no entry.
+std::string LoginName();
 
 // $HOME, else the password database's entry; empty when neither knows.
 std::string HomeFolder();
