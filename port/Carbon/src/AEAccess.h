@@ -16,6 +16,8 @@ bool ValidData(const void* inDataPtr, Size inDataSize);
 
 // The size of the data a value gives out: its bytes, or a container's data.
 Size DataSize(const Value& inValue);
+// What the AESizeOf... calls answer for an item, field or attribute.
+OSErr SizeOfEntry(const Entry& inEntry, DescType* outTypeCode, Size* outDataSize);
 
 // The data that AECreateDesc and the put calls make of a type and its bytes: a container
 // type's bytes are read back as that container.

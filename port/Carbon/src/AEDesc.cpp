@@ -50,6 +50,17 @@ Size DataSize(const Value& inValue)
     return Size(inValue.IsContainer() ? ContainerData(inValue).size() : inValue.bytes.size());
 }
 
+OSErr SizeOfEntry(const Entry& inEntry, DescType* outTypeCode, Size* outDataSize)
+{
+    if (outTypeCode)
+        *outTypeCode = inEntry.type;
+    return Guarded([&]() -> OSErr {
+        if (outDataSize)
+            *outDataSize = DataSize(inEntry.value);
+        return noErr;
+    });
+}
+
 }  // namespace carbon::ae
 
 namespace {

@@ -32,6 +32,19 @@ OSErr ReadEvent(const AppleEvent* inEvent, const Value*& outValue)
     return outValue->kind == Kind::Event ? noErr : errAENotAppleEvent;
 }
 
+// The attribute of an event with that keyword: errAEDescNotFound where there is none.
+OSErr ReadAttribute(const AppleEvent* inEvent, AEKeyword inKeyword, const Entry*& outAttribute)
+{
+    const Value* event = nullptr;
+    if (OSErr status = ReadEvent(inEvent, event); status != noErr)
+        return status;
+    auto attribute = FindEntry(event->attributes, inKeyword);
+    if (attribute == event->attributes.end())
+        return errAEDescNotFound;
+    outAttribute = &*attribute;
+    return noErr;
+}
+
 OSErr WriteEvent(AppleEvent* ioEvent, Value*& outValue)
 {
     if (OSErr status = Write(ioEvent, outValue); status != noErr)
@@ -126,12 +139,9 @@ OSErr AEPutAttributeDesc(AppleEvent* ioEvent, AEKeyword inKeyword, const AEDesc*
 OSErr AEGetAttributePtr(const AppleEvent* inEvent, AEKeyword inKeyword, DescType inDesiredType,
                         DescType* outTypeCode, void* outDataPtr, Size inMaximumSize, Size* outActualSize)
 {
-    const Value* event = nullptr;
-    if (OSErr status = ReadEvent(inEvent, event); status != noErr)
+    const Entry* attribute = nullptr;
+    if (OSErr status = ReadAttribute(inEvent, inKeyword, attribute); status != noErr)
         return status;
-    auto attribute = FindEntry(event->attributes, inKeyword);
-    if (attribute == event->attributes.end())
-        return errAEDescNotFound;
     return Guarded([&]() -> OSErr {
         return GetAsPtr(attribute->type, attribute->value, inDesiredType, outTypeCode, outDataPtr, inMaximumSize,
                         outActualSize);
@@ -141,28 +151,16 @@ OSErr AEGetAttributePtr(const AppleEvent* inEvent, AEKeyword inKeyword, DescType
 OSErr AEGetAttributeDesc(const AppleEvent* inEvent, AEKeyword inKeyword, DescType inDesiredType, AEDesc* outResult)
 {
     AEInitializeDesc(outResult);
-    const Value* event = nullptr;
-    if (OSErr status = ReadEvent(inEvent, event); status != noErr)
+    const Entry* attribute = nullptr;
+    if (OSErr status = ReadAttribute(inEvent, inKeyword, attribute); status != noErr)
         return status;
-    auto attribute = FindEntry(event->attributes, inKeyword);
-    if (attribute == event->attributes.end())
-        return errAEDescNotFound;
     return Guarded([&]() -> OSErr { return GetAsDesc(attribute->type, attribute->value, inDesiredType, outResult); });
 }
 
 OSErr AESizeOfAttribute(const AppleEvent* inEvent, AEKeyword inKeyword, DescType* outTypeCode, Size* outDataSize)
 {
-    const Value* event = nullptr;
-    if (OSErr status = ReadEvent(inEvent, event); status != noErr)
+    const Entry* attribute = nullptr;
+    if (OSErr status = ReadAttribute(inEvent, inKeyword, attribute); status != noErr)
         return status;
-    auto attribute = FindEntry(event->attributes, inKeyword);
-    if (attribute == event->attributes.end())
-        return errAEDescNotFound;
-    if (outTypeCode)
-        *outTypeCode = attribute->type;
-    return Guarded([&]() -> OSErr {
-        if (outDataSize)
-            *outDataSize = DataSize(attribute->value);
-        return noErr;
-    });
+    return SizeOfEntry(*attribute, outTypeCode, outDataSize);
 }

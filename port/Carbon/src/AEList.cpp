@@ -65,17 +65,6 @@ OSErr ReadField(const AERecord* inRecord, AEKeyword inKeyword, const Entry*& out
     return noErr;
 }
 
-OSErr SizeOf(const Entry& inEntry, DescType* outTypeCode, Size* outDataSize)
-{
-    if (outTypeCode)
-        *outTypeCode = inEntry.type;
-    return Guarded([&]() -> OSErr {
-        if (outDataSize)
-            *outDataSize = DataSize(inEntry.value);
-        return noErr;
-    });
-}
-
 // Every item of a factored list begins with its common data: the type, then leading bytes.
 bool MatchesFactoring(const Value& inList, DescType inType, const Value& inItem)
 {
@@ -193,7 +182,7 @@ OSErr AESizeOfNthItem(const AEDescList* inList, long inIndex, DescType* outTypeC
     const Entry* item = nullptr;
     if (OSErr status = ReadNthItem(inList, inIndex, item); status != noErr)
         return status;
-    return SizeOf(*item, outTypeCode, outDataSize);
+    return SizeOfEntry(*item, outTypeCode, outDataSize);
 }
 
 OSErr AEDeleteItem(AEDescList* ioList, long inIndex)
@@ -269,7 +258,7 @@ OSErr AESizeOfKeyDesc(const AERecord* inRecord, AEKeyword inKeyword, DescType* o
     const Entry* field = nullptr;
     if (OSErr status = ReadField(inRecord, inKeyword, field); status != noErr)
         return status;
-    return SizeOf(*field, outTypeCode, outDataSize);
+    return SizeOfEntry(*field, outTypeCode, outDataSize);
 }
 
 OSErr AEDeleteKeyDesc(AERecord* ioRecord, AEKeyword inKeyword)
