@@ -38,11 +38,7 @@ OSErr ReadAttribute(const AppleEvent* inEvent, AEKeyword inKeyword, const Entry*
     const Value* event = nullptr;
     if (OSErr status = ReadEvent(inEvent, event); status != noErr)
         return status;
-    auto attribute = FindEntry(event->attributes, inKeyword);
-    if (attribute == event->attributes.end())
-        return errAEDescNotFound;
-    outAttribute = &*attribute;
-    return noErr;
+    return FindKeyed(event->attributes, inKeyword, outAttribute);
 }
 
 OSErr WriteEvent(AppleEvent* ioEvent, Value*& outValue)

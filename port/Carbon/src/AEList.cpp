@@ -58,11 +58,7 @@ OSErr ReadField(const AERecord* inRecord, AEKeyword inKeyword, const Entry*& out
     const Value* record = nullptr;
     if (OSErr status = ReadKeyed(inRecord, record); status != noErr)
         return status;
-    auto field = FindEntry(record->items, inKeyword);
-    if (field == record->items.end())
-        return errAEDescNotFound;
-    outField = &*field;
-    return noErr;
+    return FindKeyed(record->items, inKeyword, outField);
 }
 
 // Every item of a factored list begins with its common data: the type, then leading bytes.

@@ -97,6 +97,15 @@ std::vector<Entry>::const_iterator FindEntry(const std::vector<Entry>& inEntries
     return std::find_if(inEntries.begin(), inEntries.end(), [=](const Entry& e) { return e.keyword == inKeyword; });
 }
 
+OSErr FindKeyed(const std::vector<Entry>& inEntries, AEKeyword inKeyword, const Entry*& outEntry)
+{
+    auto found = FindEntry(inEntries, inKeyword);
+    if (found == inEntries.end())
+        return errAEDescNotFound;
+    outEntry = &*found;
+    return noErr;
+}
+
 // A keyword already present keeps its place and takes the new value.
 void PutEntry(std::vector<Entry>& ioEntries, AEKeyword inKeyword, DescType inType, Value&& inValue)
 {

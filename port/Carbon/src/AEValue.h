@@ -50,6 +50,8 @@ void DisposeStorage(AEDesc& ioDesc);
 
 std::vector<Entry>::iterator FindEntry(std::vector<Entry>& inEntries, AEKeyword inKeyword);
 std::vector<Entry>::const_iterator FindEntry(const std::vector<Entry>& inEntries, AEKeyword inKeyword);
+// The entry with that keyword, or errAEDescNotFound.
+OSErr FindKeyed(const std::vector<Entry>& inEntries, AEKeyword inKeyword, const Entry*& outEntry);
 void PutEntry(std::vector<Entry>& ioEntries, AEKeyword inKeyword, DescType inType, Value&& inValue);
 
 // Runs a call's body, turning exhaustion of memory (or a size beyond what a container can
