@@ -2,13 +2,13 @@
 #include "FSCatalog.h"
 
 #include "FSCompanion.h"
-#include "FSErrno.h"
 #include "FSFinderInfo.h"
 #include "FSForkTable.h"
 #include "FSNames.h"
 #include "FSVolumes.h"
 #include "UTCDates.h"
 
+#include <Carbon/FSErrno.h>
 #include <Carbon/MacErrors.h>
 
 #include <dirent.h>

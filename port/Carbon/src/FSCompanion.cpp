@@ -1,10 +1,10 @@
 // Companion files on disk.
 #include "FSCompanion.h"
 
-#include "FSErrno.h"
 #include "FSNames.h"
 #include "OwnedFd.h"
 
+#include <Carbon/FSErrno.h>
 #include <Carbon/MacErrors.h>
 
 #include <fcntl.h>

@@ -1,6 +1,6 @@
 // errno values as File Manager statuses.
-#include "FSErrno.h"
 
+#include <Carbon/FSErrno.h>
 #include <Carbon/MacErrors.h>
 
 #include <cerrno>

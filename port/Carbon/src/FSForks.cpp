@@ -2,11 +2,11 @@
 // at 64-bit offsets; the resource fork is the companion's resource entry, kept in memory
 // while open.
 #include "FSCompanion.h"
-#include "FSErrno.h"
 #include "FSForkTable.h"
 #include "FSNames.h"
 #include "FSVolumes.h"
 
+#include <Carbon/FSErrno.h>
 #include <Carbon/MacErrors.h>
 
 #include <fcntl.h>

@@ -2,9 +2,9 @@
 // limits that keep a long-running process from collecting descriptors without end.
 #include "FSItemTable.h"
 
-#include "FSErrno.h"
 #include "FSVolumes.h"
 
+#include <Carbon/FSErrno.h>
 #include <Carbon/MacErrors.h>
 
 #include <sys/resource.h>

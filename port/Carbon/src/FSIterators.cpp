@@ -12,10 +12,10 @@
 // remembered, so that they are not returned again.
 #include "FSCatalog.h"
 #include "FSCompanion.h"
-#include "FSErrno.h"
 #include "FSItemTable.h"
 #include "FSNames.h"
 
+#include <Carbon/FSErrno.h>
 #include <Carbon/MacErrors.h>
 
 #include <dirent.h>

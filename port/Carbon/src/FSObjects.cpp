@@ -2,11 +2,11 @@
 // companion in step and tells the item table what changed.
 #include "FSCatalog.h"
 #include "FSCompanion.h"
-#include "FSErrno.h"
 #include "FSForkTable.h"
 #include "FSItemTable.h"
 #include "FSNames.h"
 
+#include <Carbon/FSErrno.h>
 #include <Carbon/MacErrors.h>
 
 #include <dirent.h>

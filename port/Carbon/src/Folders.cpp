@@ -1,8 +1,8 @@
 // FSFindFolder: the folder's location, created on request, as a File Manager reference.
-#include "FSErrno.h"
 #include "FolderLocations.h"
 
 #include <Carbon/Folders.h>
+#include <Carbon/FSErrno.h>
 #include <Carbon/MacErrors.h>
 
 #include <sys/stat.h>

@@ -1,7 +1,6 @@
 // Queries about one item, lock checks, and forks.
 #include "ExtFileUtilsInternal.h"
 
-#include <cerrno>
 #include <cstring>
 #include <vector>
 
@@ -14,30 +13,6 @@ OSErr VolumeLockStatus(UInt16 inVolumeFlags)
     if (inVolumeFlags & kFSVolFlagSoftwareLockedMask)
         return vLckdErr;
     return noErr;
-}
-
-OSErr StatusOfErrno(int inError)
-{
-    switch (inError) {
-    case ENOENT:
-        return fnfErr;
-    case ENOTDIR:
-        return dirNFErr;
-    case EACCES:
-        return afpAccessDenied;
-    case EPERM:
-        return permErr;
-    case EROFS:
-        return wPrErr;
-    case ENOSPC:
-        return dskFulErr;
-    case EDQUOT:
-        return errFSQuotaExceeded;
-    case EFBIG:
-        return fsDataTooBigErr;
-    default:
-        return ioErr;
-    }
 }
 
 std::string PathOf(const FSRef& inRef)

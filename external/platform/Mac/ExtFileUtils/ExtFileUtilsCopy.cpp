@@ -68,11 +68,11 @@ OSErr CopyByReading(int inFrom, int inTo)
         if (got < 0 && errno == EINTR)
             continue;
         if (got < 0)
-            return ExtFileUtils::StatusOfErrno(errno);
+            return carbon::StatusOfErrno(errno);
         for (ssize_t at = 0; at < got;) {
             ssize_t put = ::write(inTo, buffer + at, std::size_t(got - at));
             if (put < 0 && errno != EINTR)
-                return ExtFileUtils::StatusOfErrno(errno);
+                return carbon::StatusOfErrno(errno);
             at += put > 0 ? put : 0;
         }
     }
@@ -83,7 +83,7 @@ OSErr CopyData(const FSRef& inSource, const FSRef& inCopy)
     Descriptor from(::open(ExtFileUtils::PathOf(inSource).c_str(), O_RDONLY | O_CLOEXEC));
     Descriptor to(::open(ExtFileUtils::PathOf(inCopy).c_str(), O_WRONLY | O_TRUNC | O_CLOEXEC));
     if (from.Get() < 0 || to.Get() < 0)
-        return ExtFileUtils::StatusOfErrno(errno);
+        return carbon::StatusOfErrno(errno);
     constexpr std::size_t kChunk = std::size_t(1) << 30;
     for (;;) {
         ssize_t copied = ::copy_file_range(from.Get(), nullptr, to.Get(), nullptr, kChunk, 0);
@@ -94,7 +94,7 @@ OSErr CopyData(const FSRef& inSource, const FSRef& inCopy)
         // The offsets have moved past what was copied, so reading carries on from there.
         if (errno == EXDEV || errno == EINVAL || errno == ENOSYS || errno == EOPNOTSUPP)
             return CopyByReading(from.Get(), to.Get());
-        return ExtFileUtils::StatusOfErrno(errno);
+        return carbon::StatusOfErrno(errno);
     }
 }
 

@@ -2,6 +2,8 @@
 // so that each can be exercised directly, and the helpers the library's files share.
 #pragma once
 
+#include <Carbon/FSErrno.h>
+
 #include <ExtFileUtils/ExtFileUtils.h>
 
 #include <string>
@@ -30,9 +32,6 @@ ByteCount FallbackTempBufferSize(UInt64 inFreeMemory, UInt64 inLargestBlock);
 // Exchanges two files' names by moves and renames, for volumes that cannot exchange them in
 // one step. Each reference keeps naming its own contents.
 OSErr ExchangeByRenames(const FSRef* inSourceRef, const FSRef* inDestRef);
-
-// The File Manager status that stands for a failed system call's errno.
-OSErr StatusOfErrno(int inError);
 
 // An item's absolute path, empty when it has none that fits.
 std::string PathOf(const FSRef& inRef);

@@ -24,7 +24,7 @@ OSErr ChangeDirectory(const FSRef& inFolder)
     std::string path = ExtFileUtils::PathOf(inFolder);
     if (path.empty())
         return fnfErr;
-    return ::chdir(path.c_str()) == 0 ? noErr : ExtFileUtils::StatusOfErrno(errno);
+    return ::chdir(path.c_str()) == 0 ? noErr : carbon::StatusOfErrno(errno);
 }
 
 }  // namespace

@@ -42,7 +42,7 @@ OSErr StatusOfVolume(FSVolumeRefNum inVolume, struct statfs& outStatus)
     std::string path = ExtFileUtils::PathOf(root);
     if (path.empty())
         return nsvErr;
-    return ::statfs(path.c_str(), &outStatus) == 0 ? noErr : ExtFileUtils::StatusOfErrno(errno);
+    return ::statfs(path.c_str(), &outStatus) == 0 ? noErr : carbon::StatusOfErrno(errno);
 }
 
 bool OneOf(long inMagic, std::span<const long> inMagics)
@@ -90,7 +90,7 @@ OSErr FindAccount(Lookup inLookup, Record& outRecord, std::vector<char>& outBuff
             continue;
         }
         if (error != 0)
-            return ExtFileUtils::StatusOfErrno(error);
+            return carbon::StatusOfErrno(error);
         return found ? noErr : OSErr(fnfErr);
     }
 }
