@@ -24,6 +24,13 @@ unsigned char* Allocate(unsigned long inSize)
     return static_cast<unsigned char*>(std::malloc(inSize + kTrailingZeros));
 }
 
+// Empty sources are often null (an empty vector's data()); memcpy must not see those.
+void CopyBytes(unsigned char* outBytes, const unsigned char* inBytes, unsigned long inCount)
+{
+    if (inCount > 0)
+        std::memcpy(outBytes, inBytes, inCount);
+}
+
 void Terminate(unsigned char* ioBytes, unsigned long inSize)
 {
     ioBytes[inSize] = 0;
@@ -46,7 +53,7 @@ BytesBubble::BytesBubble(unsigned long inSize) : _size(inSize), _bytes(Allocate(
 
 BytesBubble::BytesBubble(const unsigned char* inBytes, unsigned long inSize) : _size(inSize), _bytes(Allocate(inSize))
 {
-    std::memcpy(_bytes, inBytes, _size);
+    CopyBytes(_bytes, inBytes, _size);
     Terminate(_bytes, _size);
 }
 
@@ -80,7 +87,7 @@ void BytesBubble::reset(unsigned long inSize, const unsigned char* inBytes)
     _bytes = Allocate(inSize);
     _size = inSize;
     if (inBytes) {
-        std::memcpy(_bytes, inBytes, _size);
+        CopyBytes(_bytes, inBytes, _size);
         Terminate(_bytes, _size);
     } else {
         std::memset(_bytes, 0, _size + kTrailingZeros);
@@ -92,7 +99,7 @@ void BytesBubble::copy(const unsigned char* inSrc, unsigned long inLength, unsig
     // Compared against the room left rather than as offset + length, so that no length,
     // however large, can wrap around past the clip.
     unsigned long room = _size - inOffset;
-    std::memcpy(_bytes + inOffset, inSrc, std::min(inLength, room));
+    CopyBytes(_bytes + inOffset, inSrc, std::min(inLength, room));
 }
 
 std::string BytesBubble::hexStr() const
