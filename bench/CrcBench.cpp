@@ -15,6 +15,7 @@
 #include <cstdio>
 #include <cstring>
 #include <map>
+#include <ostream>
 #include <random>
 #include <string>
 #include <vector>
@@ -127,16 +128,22 @@ public:
     void Finalize() override
     {
         ConsoleReporter::Finalize();
+        // Through the reporter's own stream, so that the ratios cannot overtake the table.
+        std::ostream& out = GetOutputStream();
         for (std::int64_t size : {kSmall, kLarge}) {
             const std::string suffix = "/" + std::to_string(size);
             auto reference = mTimes.find("BM_getCRC" + suffix);
             if (reference == mTimes.end())
                 continue;
-            std::printf("time / getCRC's at %lld bytes:\n", static_cast<long long>(size));
+            out << "time / getCRC's at " << size << " bytes:\n";
             for (const auto& [name, time] : mTimes)
-                if (name.ends_with(suffix))
-                    std::printf("  %-40s %6.2f\n", name.c_str(), time / reference->second);
+                if (name.ends_with(suffix)) {
+                    char line[80];
+                    std::snprintf(line, sizeof line, "  %-40s %6.2f\n", name.c_str(), time / reference->second);
+                    out << line;
+                }
         }
+        out.flush();
     }
 
 private:
