@@ -72,7 +72,7 @@ TEST(BytesBubble, AssignmentCopiesIntoAFreshBlockAndKeepsTheOldOne)
     EXPECT_NE(target.ptr(), source.ptr());
     // Still allocated and unchanged: had it been freed, reading it would fail under ASan.
     EXPECT_EQ(Bytes(old, old + 5), Terminated(Of("old")));
-    std::free(old);  // the block the assignment leaks by design, released here to keep the leak check quiet
+    std::free(old);  // the block the assignment leaks on purpose, released here to keep the leak check quiet
 }
 
 TEST(BytesBubble, ResetAndCopyClippedAtTheEnd)
