@@ -2,6 +2,8 @@
 
 #include "QtBridge.h"
 
+#include <CoreFoundation/CFRunLoop.h>
+
 #include <QJsonDocument>
 #include <QJsonObject>
 
@@ -36,6 +38,9 @@ PaneReport PaneReport::Of(NSView* inView, NSWindow& inWindow, double inSeconds)
     }
     if (NSTextField* field = FirstSubview<NSTextField>(inView))
         report.status = ToQString(field->stringValue());
+    CFAbsoluteTime next = CFRunLoopGetNextTimerFireDate(CFRunLoopGetMain(), kCFRunLoopDefaultMode);
+    if (next != 0)
+        report.nextTimer = next - CFAbsoluteTimeGetCurrent();
     if (NSAlert* sheet = inWindow.attachedSheet()) {
         report.sheetTitle = ToQString(sheet->messageText());
         report.sheetMessage = ToQString(sheet->informativeText());
@@ -51,6 +56,8 @@ QString PaneReport::Text() const
     text += QStringLiteral(":\n  button: %1 (%2)\n  status: %3\n")
                 .arg(Quoted(buttonTitle), buttonEnabled ? QStringLiteral("enabled") : QStringLiteral("disabled"),
                      Quoted(status));
+    if (nextTimer)
+        text += QStringLiteral("  timer:  fires in %1 s\n").arg(*nextTimer, 0, 'f', 1);
     if (sheetTitle)
         text += QStringLiteral("  sheet:  %1\n          %2\n").arg(Quoted(sheetTitle), Quoted(sheetMessage));
     return text;
@@ -68,5 +75,6 @@ QString PaneReport::Json() const
     put("sheetMessage", sheetMessage);
     if (note)
         put("note", note);
+    object.insert(QLatin1String("nextTimer"), nextTimer ? QJsonValue(*nextTimer) : QJsonValue());
     return QString::fromUtf8(QJsonDocument(object).toJson(QJsonDocument::Compact));
 }

@@ -16,6 +16,8 @@ struct PaneReport {
     std::optional<QString> sheetTitle;
     std::optional<QString> sheetMessage;
     std::optional<QString> note;  // what the host just did, when it did something
+    // Seconds until the main run loop's next timer fires; nothing when none is scheduled.
+    std::optional<double> nextTimer;
 
     static PaneReport Of(NSView* inView, NSWindow& inWindow, double inSeconds);
     QString Text() const;

@@ -88,7 +88,11 @@ int RunHeadless(const HostOptions& inOptions, NSWindow& inWindow, PaneController
                 std::fprintf(stderr, "panehost: cannot save a screenshot to %s\n", action.file.toUtf8().constData());
                 status = 1;
             } else {
-                report(QStringLiteral("screenshot saved to %1").arg(QFileInfo(action.file).absoluteFilePath()));
+                NSSize size = view->frameSize();
+                report(QStringLiteral("screenshot of %1x%2 saved to %3")
+                           .arg(size.width)
+                           .arg(size.height)
+                           .arg(QFileInfo(action.file).absoluteFilePath()));
             }
             break;
         }

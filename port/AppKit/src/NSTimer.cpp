@@ -31,7 +31,9 @@ NSTimer* NSTimer::scheduledTimerWithTimeIntervalTargetSelectorUserInfoRepeats(NS
         return nullptr;
     }
     CFRunLoopAddTimer(CFRunLoopGetMain(), timer->mTimer, kCFRunLoopCommonModes);
-    return static_cast<NSTimer*>(timer->autorelease());  // the reference it holds to itself stays
+    // The reference from creation is the one the schedule holds; the caller's is autoreleased.
+    timer->retain();
+    return static_cast<NSTimer*>(timer->autorelease());
 }
 
 void NSTimer::Fired(CFRunLoopTimerRef, void* inInfo)
