@@ -34,7 +34,7 @@ NSButton::NSButton(QWidget* inButton) : NSControl(inButton, false)
 NSString* NSButton::title() const
 {
     auto* button = qobject_cast<QAbstractButton*>(widget());
-    return button ? FromQString(button->text()) : nullptr;
+    return button ? FromQString(button->text().replace(QLatin1String("&&"), QLatin1String("&"))) : nullptr;
 }
 
 void NSButton::setTitle(NSString* inTitle)
