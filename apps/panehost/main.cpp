@@ -119,8 +119,17 @@ int main(int argc, char** argv)
         Print(HostOptions::Usage(QFileInfo(arguments[0]).fileName()));
         return 0;
     }
-    if (options->headless)
+    if (options->headless) {
         qputenv("QT_QPA_PLATFORM", "offscreen");
+        // The offscreen platform says so each time a window asks for what it cannot do
+        // (raise, size hints); that is expected here and only hides the pane's own output.
+        qInstallMessageHandler([](QtMsgType inType, const QMessageLogContext&, const QString& inMessage) {
+            if (!inMessage.startsWith(QLatin1String("This plugin does not support")))
+                std::fprintf(stderr, "%s\n", inMessage.toLocal8Bit().constData());
+            if (inType == QtFatalMsg)
+                std::abort();
+        });
+    }
     else if (qEnvironmentVariableIsEmpty("DISPLAY") && qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY")) {
         std::fprintf(stderr, "panehost: there is no display to show a window on; use --headless\n");
         return 1;
