@@ -3,6 +3,7 @@
 // for is a copy of sleep(1) under a name of its own, started by this benchmark. The second
 // pair runs with 500 more processes alive, started before its program so that the walk, which
 // goes in process-id order, passes all of them before it finds it.
+#include "BenchProcesses.h"
 #include "platform/Mac/utils/MacKvxUtils.h"
 
 #include <benchmark/benchmark.h>
@@ -25,42 +26,8 @@ namespace fs = std::filesystem;
 
 constexpr int kCrowdSize = 500;
 
-// Children that are killed and reaped when this goes, and that die with this program should
-// it end any other way, so that a failed run leaves no crowd behind.
-class Children {
-public:
-    Children() = default;
-    Children(const Children&) = delete;
-    Children& operator=(const Children&) = delete;
-    ~Children()
-    {
-        for (pid_t child : mChildren)
-            ::kill(child, SIGKILL);
-        for (pid_t child : mChildren)
-            ::waitpid(child, nullptr, 0);
-    }
-
-    bool Start(const std::string& inProgram)
-    {
-        pid_t child = ::fork();
-        if (child == 0) {
-            ::prctl(PR_SET_PDEATHSIG, SIGKILL);
-            // Not on this program's output, which a reader may wait on to end.
-            int null = ::open("/dev/null", O_WRONLY);
-            ::dup2(null, STDOUT_FILENO);
-            ::dup2(null, STDERR_FILENO);
-            ::execl(inProgram.c_str(), inProgram.c_str(), "3600", static_cast<char*>(nullptr));
-            ::_exit(127);
-        }
-        if (child < 0)
-            return false;
-        mChildren.push_back(child);
-        return true;
-    }
-
-private:
-    std::vector<pid_t> mChildren;
-};
+using spindeck::bench::Children;
+using spindeck::bench::FoundByPidof;
 
 // A private folder with named copies of sleep.
 class ScratchFolder {
@@ -109,7 +76,7 @@ struct Scene {
     std::optional<Program> Start(const std::string& inName)
     {
         std::string path = folder.CopyOfSleep(inName);
-        if (path.empty() || !children.Start(path))
+        if (path.empty() || !children.Start(path, {"3600"}))
             return std::nullopt;
         return Program{inName, path, Gx::CFURL(Gx::CFString(path), false, nullptr, kCFURLPOSIXPathStyle)};
     }
@@ -118,7 +85,7 @@ struct Scene {
     {
         if (!crowded) {
             for (int i = 0; i < kCrowdSize; ++i)
-                if (!children.Start("/bin/sleep"))
+                if (!children.Start("/bin/sleep", {"3600"}))
                     return crowded;
             crowded = Start("isrunning-crowded");
         }
@@ -127,21 +94,6 @@ struct Scene {
 };
 
 Scene* sScene = nullptr;
-
-bool FoundByPidof(const std::string& inName)
-{
-    pid_t child = ::fork();
-    if (child == 0) {
-        int null = ::open("/dev/null", O_WRONLY);
-        ::dup2(null, STDOUT_FILENO);
-        ::execlp("pidof", "pidof", inName.c_str(), static_cast<char*>(nullptr));
-        ::_exit(127);
-    }
-    int status = -1;
-    if (child > 0)
-        ::waitpid(child, &status, 0);
-    return WIFEXITED(status) && WEXITSTATUS(status) == 0;
-}
 
 void FindWithIsRunning(benchmark::State& ioState, const std::optional<Program>& inProgram)
 {
