@@ -170,7 +170,7 @@ TEST(KestrelPrefPane, GermanShowsTheTextsOfBothBundles)
     HostRun run = installation.Run({});
     ASSERT_EQ(run.exitCode, 0) << run.errors.toStdString();
     EXPECT_EQ(run.shown.back().Button(), "Vemora spindeck starten");
-    EXPECT_EQ(run.shown.back().Status(), "Vemora spindeck ist deaktiviert. Klicken Sie auf die Taste, um es zu aktivieren.");
+    EXPECT_EQ(run.shown.back().Status(), "Vemora spindeck ist deaktiviert. Klicken Sie auf die Schaltfläche, um es zu aktivieren.");
 
     QProcess::execute("rm", {"-r", installation.Application()});
     HostRun missing = installation.Run({});
