@@ -1,10 +1,47 @@
-// Text helpers shared by the whole product: narrow, wide and big-endian UTF-16 text,
-// trimming, file names out of paths, and strict decimal parsing.
+// Utilities shared by the whole product: the CRC-32 checksum and byte-order reversal, and the
+// text helpers (narrow, wide and big-endian UTF-16 text, trimming, file names out of paths,
+// strict decimal parsing).
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 namespace kvx {
+
+// The CRC-32 of IEEE 802.3, the checksum of zlib and PNG (reflected polynomial 0xEDB88320,
+// register starting at all ones, complemented at the end). The table is built once, by the
+// constructor; the checksums run on a library's carry-less-multiplication folding when the
+// build has one, and on the table otherwise.
+class CRC {
+public:
+    // A byte-order routine of the shape of swap32 and swap16.
+    using swapFunction = void (*)(unsigned char* ioBuffer, unsigned long inCount);
+
+    CRC();
+
+    // The checksum of inLength bytes; 0 for a null inData.
+    unsigned long getCRC(const unsigned char* inData, unsigned long inLength) const;
+    // The checksum of inCount wide characters taken as 32-bit big-endian values, so that a
+    // text has the same checksum on every processor. inText is left as it is; 0 when null.
+    unsigned long getCRC(const wchar_t* inText, unsigned long inCount) const;
+    // The same checksum as getCRC, one byte at a time through the table: the definition the
+    // fast path must agree with.
+    unsigned long getTableCRC(const unsigned char* inData, unsigned long inLength) const;
+
+private:
+    // Continues a running checksum the way zlib's crc32 does: 0 starts one, and a previous
+    // result continues it over the next piece.
+    std::uint32_t update(std::uint32_t inCRC, const unsigned char* inData, std::uint64_t inLength) const;
+    std::uint32_t updateWithTable(std::uint32_t inCRC, const unsigned char* inData, std::uint64_t inLength) const;
+
+    std::uint32_t crcTable[256];
+};
+
+// Reverses, in place, the byte order of each of inCount consecutive 4-byte groups (inCount
+// counts groups, not bytes), on every processor.
+void swap32(unsigned char* ioBuffer, unsigned long inCount);
+// The same for inCount 2-byte groups.
+void swap16(unsigned char* ioBuffer, unsigned long inCount);
 
 // Passed as the second argument of Convert to ask for the result type they point to;
 // only their type matters, the value is never read.
