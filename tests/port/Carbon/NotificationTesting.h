@@ -1,6 +1,6 @@
-// Desktop notifications in tests: a private session bus started for the test, a notification
-// server of the test's own on it that records every call and closes notices when the test
-// asks, and a way to let the main run loop work until something has happened.
+// Desktop notifications in tests: a private session bus, a notification server of the test's
+// own on it (recording every call, closing notices when asked), and a way to let the main run
+// loop work until something has happened.
 #pragma once
 
 #include "ChildProcess.h"
@@ -11,17 +11,11 @@
 #include <systemd/sd-bus.h>
 
 #include <atomic>
-#include <chrono>
-#include <cstdint>
-#include <memory>
 #include <mutex>
-#include <string>
-#include <thread>
-#include <vector>
 
 namespace spindeck::test {
 
-// Runs the main run loop (the test's thread) until inDone holds, for at most a few seconds.
+// Runs the main run loop (the test's thread) until inDone holds, for at most inSeconds.
 template <class Condition>
 bool RunLoopUntil(Condition inDone, double inSeconds = 5)
 {
@@ -32,7 +26,7 @@ bool RunLoopUntil(Condition inDone, double inSeconds = 5)
     return inDone();
 }
 
-// A dbus-daemon of the test's own, the session bus for as long as it lives.
+// A dbus-daemon of the test's own: the session bus for as long as it lives.
 class PrivateSessionBus {
 public:
     PrivateSessionBus()
@@ -41,7 +35,6 @@ public:
     {
     }
     bool Running() const { return !mAddress.empty(); }
-    const std::string& Address() const { return mAddress; }
 
 private:
     ChildProcess mDaemon;
@@ -49,35 +42,27 @@ private:
     ScopedVariable mVariable;
 };
 
-// One Notify call as the server received it.
 struct NotifyCall {
     std::uint32_t id;
-    std::string application;
-    std::string summary;
-    std::string body;
-    std::string soundName;  // the "sound-name" hint, empty without one
+    std::string application, summary, body;
+    std::string soundName;  // the "sound-name" hint; empty without one
     std::int32_t timeout;
 };
 
-// Owns the notification service's name on the session bus and answers on a thread of its own.
+// Owns the notification service's name and answers on a thread of its own.
 class NotificationServer {
 public:
     explicit NotificationServer(bool inRefuse = false) : mRefuse(inRefuse)
     {
-        sd_bus* bus = nullptr;
-        if (sd_bus_open_user(&bus) < 0)
-            return;
-        mBus = bus;
         static const sd_bus_vtable kTable[] = {
             SD_BUS_VTABLE_START(0),
-            SD_BUS_METHOD("Notify", "susssasa{sv}i", "u", Notify, SD_BUS_VTABLE_UNPRIVILEGED),
-            SD_BUS_METHOD("CloseNotification", "u", "", CloseNotification, SD_BUS_VTABLE_UNPRIVILEGED),
+            SD_BUS_METHOD("Notify", "susssasa{sv}i", "u", Notify, 0),
+            SD_BUS_METHOD("CloseNotification", "u", "", Close, 0),
             SD_BUS_VTABLE_END,
         };
-        if (sd_bus_add_object_vtable(mBus, nullptr, kPath, kInterface, kTable, this) < 0
-            || sd_bus_request_name(mBus, kInterface, 0) < 0)
-            return;
-        mThread = std::thread([this] { Serve(); });
+        if (sd_bus_open_user(&mBus) >= 0 && sd_bus_add_object_vtable(mBus, nullptr, kPath, kName, kTable, this) >= 0
+            && sd_bus_request_name(mBus, kName, 0) >= 0)
+            mThread = std::thread([this] { Serve(); });
     }
     ~NotificationServer()
     {
@@ -86,46 +71,39 @@ public:
             mThread.join();
         sd_bus_flush_close_unref(mBus);
     }
-    NotificationServer(const NotificationServer&) = delete;
-    NotificationServer& operator=(const NotificationServer&) = delete;
-
     bool Serving() const { return mThread.joinable(); }
 
-    std::vector<NotifyCall> Calls()
-    {
-        std::lock_guard guard(mLock);
-        return mCalls;
-    }
-    std::vector<std::uint32_t> CloseCalls()
-    {
-        std::lock_guard guard(mLock);
-        return mClosedByClient;
-    }
-
-    // The user dismisses the notice (reason 2).
+    std::vector<NotifyCall> Calls() { return Locked(mCalls); }
+    std::vector<std::uint32_t> ClosedByClient() { return Locked(mClosedByClient); }
+    // The user dismisses the notice.
     void Dismiss(std::uint32_t inID)
     {
         std::lock_guard guard(mLock);
-        mToClose.push_back(inID);
+        mToDismiss.push_back(inID);
     }
 
 private:
     static constexpr const char* kPath = "/org/freedesktop/Notifications";
-    static constexpr const char* kInterface = "org.freedesktop.Notifications";
+    static constexpr const char* kName = "org.freedesktop.Notifications";
+
+    template <class T>
+    T Locked(const T& inValue)
+    {
+        std::lock_guard guard(mLock);
+        return inValue;
+    }
 
     void Serve()
     {
-        while (!mStop) {
+        for (std::vector<std::uint32_t> dismissing; !mStop; sd_bus_wait(mBus, 10000)) {
             while (sd_bus_process(mBus, nullptr) > 0) {
             }
-            std::vector<std::uint32_t> closing;
-            {
-                std::lock_guard guard(mLock);
-                closing.swap(mToClose);
-            }
-            for (std::uint32_t id : closing)
-                sd_bus_emit_signal(mBus, kPath, kInterface, "NotificationClosed", "uu", id, 2u);
-            sd_bus_wait(mBus, 10000);
+            mLock.lock();
+            dismissing.swap(mToDismiss);
+            mToDismiss.clear();
+            mLock.unlock();
+            for (std::uint32_t id : dismissing)
+                sd_bus_emit_signal(mBus, kPath, kName, "NotificationClosed", "uu", id, 2u);
         }
     }
 
@@ -134,43 +112,34 @@ private:
         auto& server = *static_cast<NotificationServer*>(inServer);
         if (server.mRefuse)
             return sd_bus_reply_method_errorf(inCall, SD_BUS_ERROR_FAILED, "notices are refused here");
-        const char *application, *icon, *summary, *body;
+        const char *application, *icon, *summary, *body, *key, *sound = "";
         std::uint32_t replaces;
-        NotifyCall call{};
         sd_bus_message_read(inCall, "susss", &application, &replaces, &icon, &summary, &body);
-        call.application = application;
-        call.summary = summary;
-        call.body = body;
         sd_bus_message_skip(inCall, "as");
         sd_bus_message_enter_container(inCall, 'a', "{sv}");
         while (sd_bus_message_enter_container(inCall, 'e', "sv") > 0) {
-            const char* key;
-            const char* value;
             sd_bus_message_read(inCall, "s", &key);
-            if (std::string(key) == "sound-name" && sd_bus_message_read(inCall, "v", "s", &value) >= 0)
-                call.soundName = value;
-            else
+            if (std::string(key) != "sound-name" || sd_bus_message_read(inCall, "v", "s", &sound) < 0)
                 sd_bus_message_skip(inCall, "v");
             sd_bus_message_exit_container(inCall);
         }
         sd_bus_message_exit_container(inCall);
+        NotifyCall call{0, application, summary, body, sound, 0};
         sd_bus_message_read(inCall, "i", &call.timeout);
         std::lock_guard guard(server.mLock);
-        call.id = ++server.mLastID;
         server.mCalls.push_back(call);
-        return sd_bus_reply_method_return(inCall, "u", call.id);
+        return sd_bus_reply_method_return(inCall, "u", server.mCalls.back().id = std::uint32_t(server.mCalls.size()));
     }
 
-    static int CloseNotification(sd_bus_message* inCall, void* inServer, sd_bus_error*)
+    static int Close(sd_bus_message* inCall, void* inServer, sd_bus_error*)
     {
         auto& server = *static_cast<NotificationServer*>(inServer);
         std::uint32_t id = 0;
         sd_bus_message_read(inCall, "u", &id);
-        {
-            std::lock_guard guard(server.mLock);
-            server.mClosedByClient.push_back(id);
-        }
-        sd_bus_emit_signal(server.mBus, kPath, kInterface, "NotificationClosed", "uu", id, 3u);
+        server.mLock.lock();
+        server.mClosedByClient.push_back(id);
+        server.mLock.unlock();
+        sd_bus_emit_signal(server.mBus, kPath, kName, "NotificationClosed", "uu", id, 3u);
         return sd_bus_reply_method_return(inCall, "");
     }
 
@@ -180,9 +149,7 @@ private:
     std::atomic<bool> mStop{false};
     std::mutex mLock;
     std::vector<NotifyCall> mCalls;
-    std::vector<std::uint32_t> mClosedByClient;
-    std::vector<std::uint32_t> mToClose;
-    std::uint32_t mLastID = 0;
+    std::vector<std::uint32_t> mClosedByClient, mToDismiss;
 };
 
 }  // namespace spindeck::test

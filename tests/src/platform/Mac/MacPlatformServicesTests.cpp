@@ -66,13 +66,11 @@ protected:
         kvx::SetBundle(Gx::CFString(bundle));
     }
 
-    std::string Preferences() { return Text(Gx::FSObject(FindPreferences()).GetPath()); }
-
-    static FSRef FindPreferences()
+    static std::string Preferences()
     {
         FSRef folder;
-        EXPECT_EQ(FSFindFolder(kUserDomain, kPreferencesFolderType, kCreateFolder, &folder), noErr);
-        return folder;
+        FSFindFolder(kUserDomain, kPreferencesFolderType, kCreateFolder, &folder);
+        return Text(Gx::FSObject(folder).GetPath());
     }
 
     TemporaryFolder mFolder;
@@ -129,7 +127,7 @@ TEST_F(PlatformServices, ActionsPaletteFilesLiveInTheHostsSettingsFolder)
     EXPECT_THROW(P().getActionsPaletteFile(Platform::kPhotoshopCS2), Gx::RuntimeError);
 }
 
-TEST_F(PlatformServices, FilesAreReadWholeOrInPartAndTheirSizeIsAlwaysZero)
+TEST_F(PlatformServices, FilesAreReadWholeOrInPartFoldersMadeAndIdentifiersFresh)
 {
     std::string path = mFolder.Path("data.bin");
     WriteFile(path, "0123456789");
@@ -140,6 +138,15 @@ TEST_F(PlatformServices, FilesAreReadWholeOrInPartAndTheirSizeIsAlwaysZero)
     ASSERT_EQ(P().readFile(bytes, file, 3, 4), 0);
     EXPECT_EQ(std::string(reinterpret_cast<char*>(bytes.ptr())), "3456") << "followed by zeros";
     EXPECT_EQ(P().fileSize(file), 0u);
+
+    Gx::FSObject folder(Gx::CFString(mFolder.Path("made")), kCFURLPOSIXPathStyle);
+    P().CreateFolder(folder, true);
+    EXPECT_TRUE(folder.IsFolder());
+    EXPECT_NE(folder.GetFinderFlags() & kIsInvisible, 0);
+
+    std::string first = Text(P().GetUUIDString()), second = Text(P().GetUUIDString());
+    EXPECT_TRUE(std::regex_match(first, std::regex("[0-9A-F]{8}(-[0-9A-F]{4}){3}-[0-9A-F]{12}"))) << first;
+    EXPECT_NE(first, second);
 }
 
 // The path reaches the shell unescaped: what the shell makes of it is what gets deleted.
@@ -157,13 +164,6 @@ TEST_F(PlatformServices, DeletingGoesThroughTheShellUnescaped)
     EXPECT_TRUE(Exists(mFolder.Path("`echo other`")));
 }
 
-TEST_F(PlatformServices, IdentifiersAreFreshEachTime)
-{
-    std::string first = Text(P().GetUUIDString()), second = Text(P().GetUUIDString());
-    EXPECT_TRUE(std::regex_match(first, std::regex("[0-9A-F]{8}(-[0-9A-F]{4}){3}-[0-9A-F]{12}"))) << first;
-    EXPECT_NE(first, second);
-}
-
 OSStatus TakeAttribute(EventHandlerCallRef, EventRef inEvent, void* outValue)
 {
     return GetEventParameter(inEvent, FourCC("vmiv"), typeSInt32, nullptr, sizeof(SInt32), nullptr, outValue);
@@ -179,16 +179,6 @@ TEST_F(PlatformServices, TheInitialAttributeValueReachesTheApplicationsHandler)
     EXPECT_TRUE(RunLoopUntil([&] { return value != 0; }));
     EXPECT_EQ(value, -42);
     RemoveEventHandler(handler);
-}
-
-TEST_F(PlatformServices, FoldersAreCreatedAndHiddenOnRequest)
-{
-    Gx::FSObject folder(Gx::CFString(mFolder.Path("made")), kCFURLPOSIXPathStyle);
-    ASSERT_FALSE(folder.Exists());
-    P().CreateFolder(folder, true);
-    EXPECT_TRUE(folder.Exists());
-    EXPECT_TRUE(folder.IsFolder());
-    EXPECT_NE(folder.GetFinderFlags() & kIsInvisible, 0);
 }
 
 // With no bus the notice fails, says so, and the family declines every later one.
@@ -241,7 +231,7 @@ TEST_F(PlatformServices, TheFrontProcessIsTheActiveWindowsOwner)
     auto atom = [&](const char* inName) {
         XReply<xcb_intern_atom_reply_t> reply(
             xcb_intern_atom_reply(x, xcb_intern_atom(x, 0, UInt16(strlen(inName)), inName), nullptr));
-        return reply ? reply->atom : XCB_ATOM_NONE;
+        return reply ? reply->atom : xcb_atom_t(XCB_ATOM_NONE);
     };
     UInt32 pid = UInt32(sleeper.PID());
     xcb_change_property(x, XCB_PROP_MODE_REPLACE, window, atom("_NET_WM_PID"), XCB_ATOM_CARDINAL, 32, 1, &pid);
