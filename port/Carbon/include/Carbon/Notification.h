@@ -41,6 +41,7 @@ NMUPP NewNMUPP(NMProcPtr inRoutine);
 void DisposeNMUPP(NMUPP inRoutine);
 void InvokeNMUPP(NMRecPtr inRecord, NMUPP inRoutine);
 
+// Both are for the main thread, whose run loop runs the response routines.
 // Posts the note (its message is copied, so the text may go away once this returns) and keeps
 // the record until the notice is closed. notOpenErr without a session bus, ioErr when the
 // notification server refuses or there is none; nothing is posted then.

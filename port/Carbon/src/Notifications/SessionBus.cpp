@@ -13,6 +13,9 @@ constexpr const char* kPath = "/org/freedesktop/Notifications";
 constexpr const char* kInterface = "org.freedesktop.Notifications";
 // The sound theme's name for the system's alert sound.
 constexpr const char* kAlertSound = "bell";
+// A server that does not answer by then is taken as refusing, so that a hung one costs the
+// caller a few seconds rather than the bus's default of 25.
+constexpr std::uint64_t kCallTimeout = 5'000'000;  // microseconds
 
 struct BusError : sd_bus_error {
     BusError() : sd_bus_error(SD_BUS_ERROR_NULL) {}
@@ -107,7 +110,7 @@ OSErr SessionBus::Notify(const Notice& inNotice, std::uint32_t& outID)
         return ioErr;
     BusError error;
     sd_bus_message* reply = nullptr;
-    int result = sd_bus_call(mBus.get(), call, 0, &error, &reply);
+    int result = sd_bus_call(mBus.get(), call, kCallTimeout, &error, &reply);
     OwnedMessage ownedReply(reply);
     ServiceSoon();
     if (result < 0 || sd_bus_message_read(reply, "u", &outID) < 0)

@@ -2,13 +2,10 @@
 // bus and a private X server.
 #include "platform/PlatformServices.h"
 
-#include "platform/Mac/utils/BundleUtils.h"
-#include "platform/Mac/utils/VemoraAlerts.h"
 #include "utils/BytesBubble.h"
 
-#include "ChildProcess.h"
-#include "LaunchTesting.h"
 #include "NotificationTesting.h"
+#include "PlatformTesting.h"
 #include "XvfbDisplay.h"
 
 #include <Groundwork/SysWrappers/CoreFoundation/CFUtilsObject.h>
@@ -18,8 +15,6 @@
 #include <Carbon/Folders.h>
 #include <CoreFoundation/CFNumber.h>
 #include <CoreFoundation/CFPreferences.h>
-
-#include <gmock/gmock.h>
 
 #include <sys/wait.h>
 #include <unistd.h>
@@ -33,48 +28,14 @@ using kvx::Platform;
 
 kvx::Platform& P() { return Platform::instance(); }
 
-std::string Text(const Gx::CFString& inString)
-{
-    std::string text;
-    inString.GetString(text, kCFStringEncodingUTF8);
-    return text;
-}
-
-struct AlertFamily : vmr::FBAAlert {
-    using FBAAlert::_openedCount;
-};
-
-// A private home and configuration folder, and a current bundle of the test's own.
-class PlatformServices : public ::testing::Test {
+class PlatformServices : public PrivateHome {
 protected:
-    PlatformServices()
-        : mHome("HOME", mFolder.Path("home")), mConfig("XDG_CONFIG_HOME", mFolder.Path("home/.config")),
-          mData("XDG_DATA_HOME", mFolder.Path("home/.local/share"))
-    {
-        std::filesystem::create_directories(mFolder.Path("home"));
-    }
-    ~PlatformServices() override { kvx::GetBundle() = Gx::CFBundle(CFBundleGetMainBundle(), true); }
-
-    // A bundle whose only language is French, with the Illustrator folder's name translated.
-    void UseFrenchBundle()
-    {
-        std::string bundle = mFolder.Path("Host.bundle");
-        MakeBundle(bundle, "<key>CFBundleDevelopmentRegion</key><string>fr</string>");
-        std::filesystem::create_directories(bundle + "/Contents/Resources/fr.lproj");
-        WriteFile(bundle + "/Contents/Resources/fr.lproj/Localizable.strings",
-                  "\"ILCS2SettingsFolder\" = \"Param\xC3\xA8tres Adobe Illustrator CS2\";\n");
-        kvx::SetBundle(Gx::CFString(bundle));
-    }
-
     static std::string Preferences()
     {
         FSRef folder;
         FSFindFolder(kUserDomain, kPreferencesFolderType, kCreateFolder, &folder);
         return Text(Gx::FSObject(folder).GetPath());
     }
-
-    TemporaryFolder mFolder;
-    ScopedVariable mHome, mConfig, mData;
 };
 
 void SetPreference(const char* inKey, CFPropertyListRef inValue, CFStringRef inApp)
@@ -106,11 +67,11 @@ TEST_F(PlatformServices, PortsAndIntegersComeFromPreferencesWithZeroMeaningTheDe
 
 TEST_F(PlatformServices, ActionsPaletteFilesLiveInTheHostsSettingsFolder)
 {
-    std::string preferences = mFolder.Path("home/.config");
+    std::string preferences = mFolder.Path("home/config");
     EXPECT_FALSE(P().getActionsPaletteFile(Platform::kInDesignCS2).IsValid());
     EXPECT_FALSE(std::filesystem::exists(preferences)) << "InDesign's answer touches nothing";
 
-    UseFrenchBundle();
+    UseBundle("Host.bundle", "\"ILCS2SettingsFolder\" = \"Param\xC3\xA8tres Adobe Illustrator CS2\";\n");
     EXPECT_FALSE(P().getActionsPaletteFile(Platform::kPhotoshopCS2).IsValid()) << "no settings folder";
     EXPECT_FALSE(P().getActionsPaletteFile(Platform::kIllustratorCS2).IsValid());
     std::string photoshop = Preferences() + "/Adobe Photoshop CS2 Settings";

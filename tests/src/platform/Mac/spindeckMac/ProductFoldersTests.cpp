@@ -2,61 +2,31 @@
 // the test.
 #include "platform/Mac/spindeckMac/ProductFolders.h"
 
-#include "platform/Mac/utils/BundleUtils.h"
-
-#include "LaunchTesting.h"
+#include "PlatformTesting.h"
 
 #include <Carbon/Folders.h>
 #include <Carbon/LaunchServices.h>
-
-#include <gmock/gmock.h>
 
 namespace {
 
 using namespace spindeck::test;
 
-std::string Text(const Gx::CFString& inString)
-{
-    std::string text;
-    inString.GetString(text, kCFStringEncodingUTF8);
-    return text;
-}
-
 std::string PathOf(const Gx::FSObject& inObject) { return Text(inObject.GetPath()); }
 
-const auto kThrowsNilReference =
-    testing::Throws<Gx::RuntimeError>(testing::Property(&Gx::RuntimeError::What, Gx::exceptionID_NilReference));
-
-class ProductFolders : public ::testing::Test {
+class ProductFolders : public PrivateHome {
 protected:
-    ProductFolders()
-        : mHome("HOME", mFolder.Path("home")), mConfig("XDG_CONFIG_HOME", mFolder.Path("home/config")),
-          mData("XDG_DATA_HOME", mFolder.Path("home/data"))
-    {
-        std::filesystem::create_directories(mFolder.Path("home"));
-    }
-    ~ProductFolders() override { kvx::GetBundle() = Gx::CFBundle(CFBundleGetMainBundle(), true); }
-
     // The code bundle: with every resource, or with none.
-    std::string UseBundle(bool inWithResources)
+    std::string UseCodeBundle(bool inWithResources)
     {
-        std::string bundle = mFolder.Path(inWithResources ? "Full.bundle" : "Empty.bundle");
-        std::string resources = bundle + "/Contents/Resources";
-        MakeBundle(bundle, "<key>CFBundleDevelopmentRegion</key><string>fr</string>");
-        std::filesystem::create_directories(resources + "/fr.lproj");
-        WriteFile(resources + "/fr.lproj/Localizable.strings", "\"Untitled\" = \"Sans titre\";\n");
+        std::string resources = UseBundle(inWithResources ? "Full.bundle" : "Empty.bundle", "\"Untitled\" = \"Sans titre\";\n");
         if (inWithResources) {
             std::filesystem::create_directories(resources + "/menus");
             std::filesystem::create_directories(resources + "/skins/Dark");
             WriteFile(resources + "/~settings", "template");
             WriteFile(resources + "/Install Vemora plug-ins.pkg", "package");
         }
-        kvx::SetBundle(Gx::CFString(bundle));
         return resources;
     }
-
-    TemporaryFolder mFolder;
-    ScopedVariable mHome, mConfig, mData;
 };
 
 TEST_F(ProductFolders, TheProductFolderIsMadeOnlyWhenAskedButItsParentAlways)
@@ -85,7 +55,7 @@ TEST_F(ProductFolders, TheProductFolderIsMadeOnlyWhenAskedButItsParentAlways)
 
 TEST_F(ProductFolders, ResourcesComeFromTheCodeBundle)
 {
-    std::string resources = UseBundle(true);
+    std::string resources = UseCodeBundle(true);
     for (CFStringRef none : {CFStringRef(nullptr), CFSTR("")}) {
         EXPECT_EQ(PathOf(spindeck::DefaultsFolder(none)), resources + "/menus");
         EXPECT_EQ(PathOf(spindeck::SkinsFolder(none)), resources + "/skins");
@@ -112,7 +82,7 @@ TEST_F(ProductFolders, ResourcesComeFromTheCodeBundle)
 
 TEST_F(ProductFolders, AMissingResourceIsANilReference)
 {
-    UseBundle(false);
+    UseCodeBundle(false);
     EXPECT_THAT([] { spindeck::DefaultsFolder(nullptr); }, kThrowsNilReference);
     EXPECT_THAT([] { spindeck::SkinsFolder(CFSTR("Dark")); }, kThrowsNilReference);
     EXPECT_THAT([] { spindeck::SettingsFile(); }, kThrowsNilReference);
@@ -121,7 +91,7 @@ TEST_F(ProductFolders, AMissingResourceIsANilReference)
 
 TEST_F(ProductFolders, UniqueNamesTakeTheFirstFreeNumber)
 {
-    UseBundle(false);
+    UseCodeBundle(false);
     auto unique = [](std::initializer_list<const char*> inTaken) {
         SetObject<CFStringRef> taken;
         static_cast<Gx::CFSet<CFStringRef>&>(taken) = Gx::CFSet<CFStringRef>(CFIndex(0));

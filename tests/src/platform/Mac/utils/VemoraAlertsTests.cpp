@@ -1,45 +1,27 @@
 // User alerts posted to a notification server of the test's own on a private session bus.
 #include "platform/Mac/utils/VemoraAlerts.h"
 
-#include "platform/Mac/utils/BundleUtils.h"
-
-#include "LaunchTesting.h"
 #include "NotificationTesting.h"
-
-#include <gmock/gmock.h>
+#include "PlatformTesting.h"
 
 namespace {
 
 using namespace spindeck::test;
-
-// The family's count of notices up, which a test that ends with one up must bring back.
-struct AlertFamily : vmr::FBAAlert {
-    using FBAAlert::_openedCount;
-};
 
 const char kNavButton2Text[] =
     "Multiple triggerpoints were accidentally activated.\n\nYou only need to lightly tap on triggerpoint II to "
     "activate it.  Pushing down on it will cause multiple triggerpoints to activate.";
 
 // A current bundle whose only language is French, with one of the three texts translated.
-class Alerts : public ::testing::Test {
+class Alerts : public PrivateHome {
 protected:
     void SetUp() override
     {
         if (!mBus.Running() || !mServer.Serving())
             GTEST_SKIP() << "dbus-daemon did not start (scripts/setup installs it)";
-        std::string bundle = mFolder.Path("Host.bundle");
-        MakeBundle(bundle, "<key>CFBundleDevelopmentRegion</key><string>fr</string>");
-        std::filesystem::create_directories(bundle + "/Contents/Resources/fr.lproj");
-        WriteFile(bundle + "/Contents/Resources/fr.lproj/Localizable.strings",
-                  "\"NoPluginWarning\" = \"Le module Vemora est mal install\xC3\xA9.\";\n");
-        kvx::SetBundle(Gx::CFString(bundle));
+        UseBundle("Host.bundle", "\"NoPluginWarning\" = \"Le module Vemora est mal install\xC3\xA9.\";\n");
     }
-    void TearDown() override
-    {
-        kvx::GetBundle() = Gx::CFBundle(CFBundleGetMainBundle(), true);
-        AlertFamily::_openedCount = 0;
-    }
+    void TearDown() override { AlertFamily::_openedCount = 0; }
 
     // The server closes the newest notice as a user would, and the run loop hears of it.
     void Dismiss()
@@ -48,7 +30,6 @@ protected:
         ASSERT_TRUE(RunLoopUntil([] { return AlertFamily::_openedCount == 0; }));
     }
 
-    TemporaryFolder mFolder;
     PrivateSessionBus mBus;
     NotificationServer mServer;
 };
