@@ -58,6 +58,7 @@ public:
             SD_BUS_VTABLE_START(0),
             SD_BUS_METHOD("Notify", "susssasa{sv}i", "u", Notify, 0),
             SD_BUS_METHOD("CloseNotification", "u", "", Close, 0),
+            SD_BUS_METHOD("GetCapabilities", "", "as", Capabilities, 0),
             SD_BUS_VTABLE_END,
         };
         if (sd_bus_open_user(&mBus) >= 0 && sd_bus_add_object_vtable(mBus, nullptr, kPath, kName, kTable, this) >= 0
@@ -129,6 +130,12 @@ private:
         std::lock_guard guard(server.mLock);
         server.mCalls.push_back(call);
         return sd_bus_reply_method_return(inCall, "u", server.mCalls.back().id = std::uint32_t(server.mCalls.size()));
+    }
+
+    // Bodies are read as markup here, so plain text must come escaped.
+    static int Capabilities(sd_bus_message* inCall, void*, sd_bus_error*)
+    {
+        return sd_bus_reply_method_return(inCall, "as", 2, "body", "body-markup");
     }
 
     static int Close(sd_bus_message* inCall, void* inServer, sd_bus_error*)

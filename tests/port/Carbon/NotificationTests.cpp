@@ -42,7 +42,7 @@ protected:
 TEST_F(Notes, EachNoteIsOneNotificationAndItsRoutineRunsOnTheRunLoopWhenClosed)
 {
     NotificationServer server;
-    unsigned char text[] = "\x05Hello", roman[] = "\x04" "caf\x8E";  // not UTF-8: read as Mac Roman
+    unsigned char text[] = "\x05Hello", roman[] = "\x08" "caf\x8E <&>";  // not UTF-8: read as Mac Roman
     NMRec loud = Note(text, true), quiet = Note(roman, false);
     ASSERT_EQ(NMInstall(&loud), noErr);
     text[1] = 'J';  // the text was copied when the note was posted
@@ -53,7 +53,7 @@ TEST_F(Notes, EachNoteIsOneNotificationAndItsRoutineRunsOnTheRunLoopWhenClosed)
     EXPECT_EQ(calls[0].application, program_invocation_short_name);
     EXPECT_EQ(calls[0].summary, program_invocation_short_name);
     EXPECT_EQ(std::tuple(calls[0].body, calls[0].soundName, calls[0].timeout), std::tuple("Hello", "bell", 0));
-    EXPECT_EQ(std::tuple(calls[1].body, calls[1].soundName), std::tuple("caf\xC3\xA9", ""));
+    EXPECT_EQ(std::tuple(calls[1].body, calls[1].soundName), std::tuple("caf\xC3\xA9 &lt;&amp;&gt;", ""));
 
     EXPECT_FALSE(Responded()) << "routines run from the run loop, not from NMInstall";
     server.Dismiss(calls[1].id);

@@ -2,6 +2,8 @@
 
 #include <Carbon/Notification.h>
 
+#include <cstdlib>
+#include <string_view>
 #include <utility>
 
 namespace carbon::nm {
@@ -40,6 +42,34 @@ int AppendNotify(sd_bus_message* ioCall, const Notice& inNotice)
     if ((result = sd_bus_message_close_container(ioCall)) < 0)
         return result;
     return sd_bus_message_append(ioCall, "i", 0);
+}
+
+// A server that reads markup in bodies would take "<" or "&" in a plain message for the start
+// of a tag or an entity; such a server is sent the text escaped.
+bool ReadsMarkup(sd_bus* inBus)
+{
+    BusError error;
+    sd_bus_message* reply = nullptr;
+    if (sd_bus_call_method(inBus, kService, kPath, kInterface, "GetCapabilities", &error, &reply, "") < 0)
+        return false;
+    OwnedMessage owned(reply);
+    char** capabilities = nullptr;
+    bool markup = false;
+    if (sd_bus_message_read_strv(reply, &capabilities) >= 0 && capabilities != nullptr)
+        for (char** capability = capabilities; *capability != nullptr; ++capability) {
+            markup = markup || std::string_view(*capability) == "body-markup";
+            free(*capability);
+        }
+    free(capabilities);
+    return markup;
+}
+
+std::string Escaped(std::string_view inText)
+{
+    std::string escaped;
+    for (char c : inText)
+        escaped += c == '&' ? "&amp;" : c == '<' ? "&lt;" : c == '>' ? "&gt;" : std::string(1, c);
+    return escaped;
 }
 
 }  // namespace
@@ -106,7 +136,10 @@ OSErr SessionBus::Notify(const Notice& inNotice, std::uint32_t& outID)
     if (sd_bus_message_new_method_call(mBus.get(), &call, kService, kPath, kInterface, "Notify") < 0)
         return ioErr;
     OwnedMessage ownedCall(call);
-    if (AppendNotify(call, inNotice) < 0)
+    Notice notice = inNotice;
+    if (ReadsMarkup(mBus.get()))
+        notice.body = Escaped(inNotice.body);
+    if (AppendNotify(call, notice) < 0)
         return ioErr;
     BusError error;
     sd_bus_message* reply = nullptr;
