@@ -114,8 +114,8 @@ CFIndex CFPreferencesGetAppIntegerValue(CFStringRef inKey, CFStringRef inApplica
     CFIndex result = 0;
     bool valid = false;
     if (value && CFGetTypeID(value.Get()) == CFNumberGetTypeID()) {
-        CFNumberGetValue(CFNumberRef(value.Get()), kCFNumberCFIndexType, &result);
-        valid = true;
+        // A real number with a fraction is not an integer preference.
+        valid = CFNumberGetValue(CFNumberRef(value.Get()), kCFNumberCFIndexType, &result);
     } else if (value && CFGetTypeID(value.Get()) == CFStringGetTypeID()) {
         valid = IntegerFromString(CFStringRef(value.Get()), result);
     }

@@ -264,17 +264,44 @@ Boolean CFStringGetCString(CFStringRef inString, char* outBuffer, CFIndex inBuff
     return true;
 }
 
+namespace {
+
+// The encoded form of the longest run of whole characters from the start of inText that
+// takes at most inRoom bytes.
+std::string EncodedPrefix(std::u16string_view inText, CFStringEncoding inEncoding, std::size_t inRoom)
+{
+    std::string prefix;
+    std::string character;
+    for (std::size_t at = 0; at < inText.size();) {
+        bool pair = inText[at] >= 0xD800 && inText[at] < 0xDC00 && at + 1 < inText.size()
+                    && inText[at + 1] >= 0xDC00 && inText[at + 1] < 0xE000;
+        std::size_t length = pair ? 2 : 1;
+        if (!cf::Encode(inText.substr(at, length), inEncoding, 0, false, character)
+            || prefix.size() + character.size() > inRoom)
+            break;
+        prefix += character;
+        at += length;
+    }
+    return prefix;
+}
+
+}  // namespace
+
 Boolean CFStringGetPascalString(CFStringRef inString, StringPtr outBuffer, CFIndex inBufferSize, CFStringEncoding inEncoding)
 {
     const __CFString& string = Str(inString, "CFStringGetPascalString");
     std::string bytes;
     if (outBuffer == nullptr || inBufferSize <= 0 || !cf::Encode(string.mText, inEncoding, 0, false, bytes))
         return false;
-    if (bytes.size() > 255 || CFIndex(bytes.size()) >= inBufferSize)
-        return false;
+    std::size_t room = std::min<std::size_t>(255, std::size_t(inBufferSize) - 1);
+    bool fits = bytes.size() <= room;
+    if (!fits)
+        bytes = EncodedPrefix(string.mText, inEncoding, room);
+    // Text that does not fit still leaves as much of itself as fits, so that a short field shows
+    // the start of a long text; the answer says that it was cut.
     outBuffer[0] = UInt8(bytes.size());
     std::memcpy(outBuffer + 1, bytes.data(), bytes.size());
-    return true;
+    return fits;
 }
 
 CFIndex CFStringGetMaximumSizeForEncoding(CFIndex inLength, CFStringEncoding inEncoding)

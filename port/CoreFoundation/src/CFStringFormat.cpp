@@ -7,7 +7,10 @@
 // the create calls answer NULL rather than guess at what lies on the argument list.
 #include "CFStringObject.h"
 
+#include <CoreFoundation/CFNumber.h>
+
 #include <algorithm>
+#include <charconv>
 #include <clocale>
 #include <cstdint>
 #include <cstdio>
@@ -22,6 +25,29 @@
 #include <vector>
 
 namespace {
+
+// Numbers and booleans print as their values ("6001", "1.5", "true") rather than as their
+// debugging descriptions, so that they read naturally inside a sentence.
+std::optional<std::string> ValueText(CFTypeRef inObject)
+{
+    if (CFGetTypeID(inObject) == CFBooleanGetTypeID())
+        return CFBooleanGetValue(static_cast<CFBooleanRef>(inObject)) ? "true" : "false";
+    if (CFGetTypeID(inObject) != CFNumberGetTypeID())
+        return std::nullopt;
+    auto number = static_cast<CFNumberRef>(inObject);
+    char text[40];
+    std::to_chars_result end;
+    if (CFNumberIsFloatType(number)) {
+        double value = 0;
+        CFNumberGetValue(number, kCFNumberDoubleType, &value);
+        end = std::to_chars(text, text + sizeof text, value);  // the shortest text that reads back the same
+    } else {
+        long long value = 0;
+        CFNumberGetValue(number, kCFNumberLongLongType, &value);
+        end = std::to_chars(text, text + sizeof text, value);
+    }
+    return std::string(text, end.ptr);
+}
 
 // What an argument is read as, by the C type it was passed as.
 enum class ArgKind { Int, Long, LongLong, Size, Ptrdiff, Intmax, WInt, Double, LongDouble, Pointer };
@@ -471,7 +497,7 @@ private:
         }
     }
 
-    // An object prints as its description; a string as itself.
+    // An object prints as its description; a string as itself, a number or boolean as its value.
     void Description(std::u16string& outText) const
     {
         CFTypeRef object = Address();
@@ -479,6 +505,8 @@ private:
             return Null(outText);
         if (CFGetTypeID(object) == CFStringGetTypeID()) {
             outText = cf::String(static_cast<CFStringRef>(object), "CFStringCreateWithFormat").mText;
+        } else if (std::optional<std::string> value = ValueText(object)) {
+            outText.assign(value->begin(), value->end());
         } else {
             CFStringRef description = CFCopyDescription(object);
             outText = cf::String(description, "CFCopyDescription").mText;

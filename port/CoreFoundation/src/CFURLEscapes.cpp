@@ -172,6 +172,15 @@ std::optional<std::string> UnescapeToBytes(Text inText)
 
 namespace {
 
+// What the escaping call leaves as it is: the characters a URL may hold anywhere without
+// changing its meaning. '#' would start a fragment and '[' ']' are unsafe, so they are
+// escaped with the space, '"', '%', '<', '>' and the other unsafe characters.
+bool KeepsUnescaped(char32_t inCharacter)
+{
+    constexpr std::string_view kDelimiters = "!*'();:@&=+$,/?";
+    return cf::url::IsUnreserved(inCharacter) || (inCharacter < 0x80 && kDelimiters.find(char(inCharacter)) != kDelimiters.npos);
+}
+
 std::u16string_view TextOf(CFStringRef inString, const char* inCall)
 {
     return inString ? std::u16string_view(cf::String(inString, inCall).mText) : std::u16string_view();
@@ -185,7 +194,7 @@ CFStringRef CFURLCreateStringByAddingPercentEscapes(CFAllocatorRef inAllocator, 
                                                     CFStringEncoding inEncoding)
 {
     constexpr const char* kCall = "CFURLCreateStringByAddingPercentEscapes";
-    cf::url::EscapeRule rule{cf::url::IsLegal, TextOf(inLegalURLCharactersToBeEscaped, kCall),
+    cf::url::EscapeRule rule{KeepsUnescaped, TextOf(inLegalURLCharactersToBeEscaped, kCall),
                              TextOf(inCharactersToLeaveUnescaped, kCall)};
     auto escaped = cf::url::Escape(cf::String(inOriginalString, kCall).mText, rule, inEncoding);
     return escaped ? cf::CreateString(inAllocator, std::move(*escaped)) : nullptr;

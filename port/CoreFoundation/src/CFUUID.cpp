@@ -8,6 +8,8 @@
 
 #include <array>
 #include <cstring>
+#include <map>
+#include <mutex>
 #include <optional>
 
 namespace {
@@ -67,10 +69,38 @@ std::optional<Bytes> Parse(const std::array<UniChar, kTextLength>& inText)
 
 }  // namespace
 
+struct __CFUUID;
+
+namespace {
+
+// Every identifier alive in the process, by value: one object per value, so that identifiers
+// may be compared by address. The table does not own them; an identifier leaves it when its
+// last reference goes.
+struct Uniques {
+    std::mutex lock;
+    std::map<Bytes, __CFUUID*> byValue;
+};
+
+Uniques& TheUniques()
+{
+    static Uniques* sUniques = new Uniques;  // never destroyed: identifiers may outlive static destructors
+    return *sUniques;
+}
+
+}  // namespace
+
 struct __CFUUID final : cf::Object {
     Bytes mBytes;
 
     explicit __CFUUID(const Bytes& inBytes) : Object(cf::kTypeIDUUID), mBytes(inBytes) {}
+
+    void Finalize() noexcept override
+    {
+        Uniques& uniques = TheUniques();
+        std::lock_guard guard(uniques.lock);
+        if (auto found = uniques.byValue.find(mBytes); found != uniques.byValue.end() && found->second == this)
+            uniques.byValue.erase(found);
+    }
 
     bool Equal(const Object& inOther) const override { return mBytes == static_cast<const __CFUUID&>(inOther).mBytes; }
 
@@ -88,6 +118,18 @@ namespace {
 
 const __CFUUID& UUID(CFUUIDRef inUUID, const char* inCall) { return cf::Checked<__CFUUID>(inUUID, cf::kTypeIDUUID, inCall); }
 
+CFUUIDRef FindOrCreate(CFAllocatorRef inAllocator, const Bytes& inBytes)
+{
+    Uniques& uniques = TheUniques();
+    std::lock_guard guard(uniques.lock);
+    if (auto found = uniques.byValue.find(inBytes); found != uniques.byValue.end() && cf::RetainIfAlive(found->second))
+        return found->second;
+    __CFUUID* made = cf::Create<__CFUUID>(inAllocator, inBytes);
+    if (made != nullptr)
+        uniques.byValue[inBytes] = made;
+    return made;
+}
+
 }  // namespace
 
 CFTypeID CFUUIDGetTypeID() { return cf::kTypeIDUUID; }
@@ -96,7 +138,7 @@ CFUUIDRef CFUUIDCreate(CFAllocatorRef inAllocator)
 {
     Bytes bytes;
     uuid_generate_random(bytes.data());
-    return cf::Create<__CFUUID>(inAllocator, bytes);
+    return FindOrCreate(inAllocator, bytes);
 }
 
 CFUUIDRef CFUUIDCreateFromString(CFAllocatorRef inAllocator, CFStringRef inText)
@@ -106,14 +148,14 @@ CFUUIDRef CFUUIDCreateFromString(CFAllocatorRef inAllocator, CFStringRef inText)
     std::array<UniChar, kTextLength> text;
     CFStringGetCharacters(inText, CFRangeMake(0, CFIndex(kTextLength)), text.data());
     std::optional<Bytes> bytes = Parse(text);
-    return bytes ? cf::Create<__CFUUID>(inAllocator, *bytes) : nullptr;
+    return bytes ? FindOrCreate(inAllocator, *bytes) : nullptr;
 }
 
 CFUUIDRef CFUUIDCreateFromUUIDBytes(CFAllocatorRef inAllocator, CFUUIDBytes inBytes)
 {
     Bytes bytes;
     std::memcpy(bytes.data(), &inBytes, bytes.size());
-    return cf::Create<__CFUUID>(inAllocator, bytes);
+    return FindOrCreate(inAllocator, bytes);
 }
 
 CFStringRef CFUUIDCreateString(CFAllocatorRef inAllocator, CFUUIDRef inUUID)

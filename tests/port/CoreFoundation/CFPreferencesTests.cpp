@@ -142,7 +142,7 @@ TEST_F(CFPreferences, TypedReadersAcceptNumbersTextAndBooleans)
         bool booleanValid;
     };
     const Expected cases[] = {
-        {"int", -42, true, true, true},  {"text", 17, true, false, false}, {"real", 2, true, true, true},
+        {"int", -42, true, true, true},  {"text", 17, true, false, false}, {"real", 0, false, true, true},
         {"junk", 0, false, false, false}, {"yes", 0, false, true, true},   {"YES", 0, false, true, true},
         {"no", 0, false, false, true},    {"zero", 0, true, false, true},  {"missing", 0, false, false, false},
     };

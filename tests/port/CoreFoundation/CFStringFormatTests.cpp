@@ -60,12 +60,15 @@ TEST(FormatText, CharactersStringsObjectsAndPointers)
               "(null)|(null)|(null)");
     EXPECT_EQ(Format("%s", "a\xFF" "b"), "a\xEF\xBF\xBD" "b");  // a stray byte becomes U+FFFD
     EXPECT_EQ(Format("\xC3\xA9t\xC3\xA9 %d%%", 100), "\xC3\xA9t\xC3\xA9 100%");
-    int value = 7;
-    cftest::Owned<CFNumberRef> number(CFNumberCreate(nullptr, kCFNumberIntType, &value));
-    cftest::Owned<CFStringRef> description(CFCopyDescription(number));
+    int port = 6001;
+    double real = 1.5;
+    cftest::Owned<CFNumberRef> integer(CFNumberCreate(nullptr, kCFNumberIntType, &port));
+    cftest::Owned<CFNumberRef> fraction(CFNumberCreate(nullptr, kCFNumberDoubleType, &real));
     EXPECT_EQ(Format("<%@>", CFSTR("caf\xC3\xA9")), "<caf\xC3\xA9>");
-    EXPECT_EQ(Format("%@", number.get()), cf::UTF8(description));
-    EXPECT_EQ(Format("%@|%@", kCFBooleanTrue, kCFNull), cf::DescribeValue(kCFBooleanTrue) + "|" + cf::DescribeValue(kCFNull));
+    // Numbers and booleans print their values; other objects their description.
+    EXPECT_EQ(Format("%@|%@|%@|%@|%.2@", integer.get(), fraction.get(), kCFBooleanTrue, kCFBooleanFalse, integer.get()),
+              "6001|1.5|true|false|60");
+    EXPECT_EQ(Format("%@", kCFNull), cf::DescribeValue(kCFNull));
     EXPECT_EQ(Format("%p|%p|%8p|", reinterpret_cast<void*>(0xbeef), nullptr, reinterpret_cast<void*>(0x1)), "0xbeef|0x0|     0x1|");
     EXPECT_EQ(Format("100%% %y %d%", 5), "100% %y 5%");
 }

@@ -57,10 +57,19 @@ TEST(StringCreation, PascalStringsUseTheirLengthByte)
     unsigned char out[8];
     ASSERT_TRUE(CFStringGetPascalString(string, out, sizeof out, kCFStringEncodingMacRoman));
     EXPECT_EQ(std::string(reinterpret_cast<char*>(out), 4), "\x03" "abc");
+    // Text that does not fit answers false but leaves the longest whole-character prefix that does.
     EXPECT_FALSE(CFStringGetPascalString(string, out, 3, kCFStringEncodingMacRoman));  // no room for 3 + length byte
+    EXPECT_EQ(std::string(reinterpret_cast<char*>(out), 3), "\x02" "ab");
     Owned tooLong(CFStringCreateWithCString(nullptr, std::string(256, 'x').c_str(), kCFStringEncodingASCII));
     unsigned char big[300];
     EXPECT_FALSE(CFStringGetPascalString(tooLong, big, sizeof big, kCFStringEncodingASCII));
+    EXPECT_EQ(big[0], 255);
+    std::string accents;
+    for (int i = 0; i < 200; ++i)
+        accents += "\xC3\xA9";
+    Owned wide(CFStringCreateWithCString(nullptr, accents.c_str(), kCFStringEncodingUTF8));
+    EXPECT_FALSE(CFStringGetPascalString(wide, big, sizeof big, kCFStringEncodingUTF8));
+    EXPECT_EQ(std::string(reinterpret_cast<char*>(big), 255), "\xFE" + accents.substr(0, 254));  // not half an é
 }
 
 int sFreedBuffers = 0;

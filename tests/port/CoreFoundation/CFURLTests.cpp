@@ -200,6 +200,9 @@ TEST(URLEscapes, AddedForIllegalAndChosenCharactersReplacedExceptThoseAskedToSta
     CFStringRef text = CFSTR("a b%/?é");
     EXPECT_EQ(Take(CFURLCreateStringByAddingPercentEscapes(nullptr, text, nullptr, nullptr, kCFStringEncodingUTF8)),
               "a%20b%25/?%C3%A9");
+    EXPECT_EQ(Take(CFURLCreateStringByAddingPercentEscapes(nullptr, CFSTR("x#y\"<>[]{}|\\^`~!*'();:@&=+$,-_."),
+                                                           nullptr, nullptr, kCFStringEncodingUTF8)),
+              "x%23y%22%3C%3E%5B%5D%7B%7D%7C%5C%5E%60~!*'();:@&=+$,-_.");
     EXPECT_EQ(Take(CFURLCreateStringByAddingPercentEscapes(nullptr, text, CFSTR(" %"), CFSTR("/?"),
                                                            kCFStringEncodingISOLatin1)),
               "a b%%2F%3F%E9");

@@ -37,8 +37,10 @@ TEST(UUID, RandomOnesAreVersion4AndTextRoundTripsInEitherCase)
     auto upper = Parse("00010203-0405-0607-0809-0A0B0C0DFEFF");
     auto lower = Parse("00010203-0405-0607-0809-0a0b0c0dfeff");
     ASSERT_TRUE(upper && lower);
-    EXPECT_TRUE(CFEqual(made.get(), upper.get()));
-    EXPECT_TRUE(CFEqual(made.get(), lower.get()));
+    // One object per value, however it was made.
+    EXPECT_EQ(made.get(), upper.get());
+    EXPECT_EQ(upper.get(), lower.get());
+    EXPECT_EQ(CFGetRetainCount(made.get()), 3);
     EXPECT_EQ(CFHash(made.get()), CFHash(lower.get()));
     EXPECT_TRUE(CFEqual(first.get(), Parse(Text(first.get()).c_str()).get()));
 }

@@ -22,3 +22,6 @@
 #include <Carbon/AEDataModel.h>
 #include <Carbon/AppleEvents.h>
 #include <Carbon/MacWindows.h>
+#include <Carbon/Notification.h>
+#include <Carbon/CarbonEvents.h>
+#include <Carbon/Sound.h>

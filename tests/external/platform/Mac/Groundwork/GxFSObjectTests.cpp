@@ -171,6 +171,8 @@ TEST_F(FSObjectTest, AMissingItemsURLIsItsEscapedNameInItsFolder)
     EXPECT_EQ(Text(url.GetString()), "a%20b%25%C3%A9");
     EXPECT_EQ(Text(url.GetBaseURL().GetString()), "file://" + mFolder.Path() + "/");
     EXPECT_EQ(Text(missing.GetPath()), Path("a b%\u00E9"));
+    // '#' would start the URL's fragment and cut the name short.
+    EXPECT_EQ(Text(Child("x#y.txt").GetPath()), Path("x#y.txt"));
 
     Gx::FSObject invalid(Str(Path("no/such")), kCFURLPOSIXPathStyle);
     EXPECT_FALSE(invalid.GetURL().IsValid());

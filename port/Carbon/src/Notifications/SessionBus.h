@@ -1,0 +1,84 @@
+// The connection that desktop notifications travel on: the user's session bus, serviced by
+// the main run loop rather than by a thread of its own, so that everything it reports happens
+// on the main thread between other events.
+#pragma once
+
+#include <MacTypes.h>
+
+#include <CoreFoundation/CFFileDescriptor.h>
+#include <CoreFoundation/CFRunLoop.h>
+
+#include <systemd/sd-bus.h>
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+namespace carbon::nm {
+
+struct BusUnref {
+    void operator()(sd_bus* inBus) const { sd_bus_flush_close_unref(inBus); }
+};
+struct SlotUnref {
+    void operator()(sd_bus_slot* inSlot) const { sd_bus_slot_unref(inSlot); }
+};
+struct MessageUnref {
+    void operator()(sd_bus_message* inMessage) const { sd_bus_message_unref(inMessage); }
+};
+using OwnedBus = std::unique_ptr<sd_bus, BusUnref>;
+using OwnedSlot = std::unique_ptr<sd_bus_slot, SlotUnref>;
+using OwnedMessage = std::unique_ptr<sd_bus_message, MessageUnref>;
+
+// What the notification server is asked to show.
+struct Notice {
+    std::string application;
+    std::string body;
+    bool sound = false;
+};
+
+class SessionBus {
+public:
+    // What the connection reports, on the main run loop: each notification the server closed,
+    // or that the bus went away with every notification on it; then, once every message that
+    // had arrived is handled, that it is done. Only that last call may destroy the connection.
+    struct Listener {
+        void (*closed)(std::uint32_t inID);
+        void (*lost)();
+        void (*serviced)();
+    };
+
+    // A connection to the session bus that listens for closed notifications, or nullptr (and
+    // outStatus) when there is no bus to connect to.
+    static std::unique_ptr<SessionBus> Open(Listener inListener, OSErr& outStatus);
+    ~SessionBus();
+    SessionBus(const SessionBus&) = delete;
+    SessionBus& operator=(const SessionBus&) = delete;
+
+    // Posts inNotice and answers the server's identifier for it; ioErr when the server refuses
+    // or there is none.
+    OSErr Notify(const Notice& inNotice, std::uint32_t& outID);
+    void Close(std::uint32_t inID);
+
+private:
+    SessionBus(OwnedBus inBus, Listener inListener);
+
+    bool Watch();
+    // Handles every message that has arrived, which may report notices closed, then tells the
+    // listener; this object may be gone when it returns.
+    void Service();
+    // Messages that came in while a call waited for its answer sit in the connection's queue
+    // where the descriptor does not show them, so the run loop is asked to look once more.
+    void ServiceSoon();
+    static void Readable(CFFileDescriptorRef inDescriptor, CFOptionFlags inTypes, void* inInfo);
+    static void Perform(void* inInfo);
+    static int Closed(sd_bus_message* inMessage, void* inInfo, sd_bus_error* outError);
+
+    OwnedBus mBus;
+    OwnedSlot mMatch;
+    Listener mListener;
+    CFFileDescriptorRef mDescriptor = nullptr;
+    CFRunLoopSourceRef mDescriptorSource = nullptr;
+    CFRunLoopSourceRef mPending = nullptr;
+};
+
+}  // namespace carbon::nm
