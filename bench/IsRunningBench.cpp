@@ -3,6 +3,11 @@
 // for is a copy of sleep(1) under a name of its own, started by this benchmark. The second
 // pair runs with 500 more processes alive, started before its program so that the walk, which
 // goes in process-id order, passes all of them before it finds it.
+//
+// The product asks the same question through IsBackendRunning, which first finds the helper
+// inside the application bundle: that pair runs on copies of the demo product, against pidof
+// of the helper's executable path, alone and after the crowd too.
+#include "platform/Mac/spindeckMac/spindeckMac.h"
 #include "platform/Mac/utils/MacKvxUtils.h"
 
 #include <benchmark/benchmark.h>
@@ -80,6 +85,8 @@ public:
     ScratchFolder(const ScratchFolder&) = delete;
     ScratchFolder& operator=(const ScratchFolder&) = delete;
 
+    const std::string& Path() const { return mPath; }
+
     // The path of a copy of sleep named inName, or empty.
     std::string CopyOfSleep(const std::string& inName) const
     {
@@ -100,11 +107,40 @@ struct Program {
     Gx::CFURL url;
 };
 
+// A running backend of a copy of the demo product: the application's path and the helper's.
+struct Backend {
+    Gx::CFString app;
+    std::string helper;
+};
+
 struct Scene {
     ScratchFolder folder;
     Children children;
     std::optional<Program> alone;
     std::optional<Program> crowded;  // made by the first benchmark that needs it
+    std::optional<Backend> backendAlone;
+    std::optional<Backend> backendCrowded;
+
+    // Each copy's helper keeps its single-instance lock in a runtime folder of its own.
+    std::optional<Backend> StartBackend(const std::string& inName)
+    {
+        std::error_code failed;
+        std::string app = folder.Path() + "/" + inName + "/Vemora spindeck.app";
+        fs::create_directories(folder.Path() + "/" + inName + "/runtime", failed);
+        fs::copy(SPINDECK_DEMO_APP, app, fs::copy_options::recursive, failed);
+        ::setenv("XDG_RUNTIME_DIR", (folder.Path() + "/" + inName + "/runtime").c_str(), 1);
+        std::string helper = app + "/Contents/MacOS/Vemora spindeck Helper.app/Contents/MacOS/Vemora spindeck Helper";
+        if (failed || !children.Start(helper))
+            return std::nullopt;
+        return Backend{Gx::CFString(app), helper};
+    }
+
+    const std::optional<Backend>& BackendCrowded()
+    {
+        if (!backendCrowded && Crowded())
+            backendCrowded = StartBackend("crowded");
+        return backendCrowded;
+    }
 
     std::optional<Program> Start(const std::string& inName)
     {
@@ -172,6 +208,37 @@ void BM_Pidof_500ExtraProcesses(benchmark::State& ioState) { FindWithPidof(ioSta
 BENCHMARK(BM_IsRunning_500ExtraProcesses)->UseRealTime();
 BENCHMARK(BM_Pidof_500ExtraProcesses)->UseRealTime();
 
+void FindBackend(benchmark::State& ioState, const std::optional<Backend>& inBackend)
+{
+    if (!inBackend)
+        return ioState.SkipWithError("the demo helper could not be started");
+    for (auto _ : ioState)
+        if (!spindeck::IsBackendRunning(inBackend->app, nullptr))
+            ioState.SkipWithError("the helper was not found");
+}
+
+void FindBackendWithPidof(benchmark::State& ioState, const std::optional<Backend>& inBackend)
+{
+    if (!inBackend)
+        return ioState.SkipWithError("the demo helper could not be started");
+    for (auto _ : ioState)
+        if (!FoundByPidof(inBackend->helper))
+            ioState.SkipWithError("the helper was not found");
+}
+
+void BM_IsBackendRunning(benchmark::State& ioState) { FindBackend(ioState, sScene->backendAlone); }
+void BM_PidofHelper(benchmark::State& ioState) { FindBackendWithPidof(ioState, sScene->backendAlone); }
+BENCHMARK(BM_IsBackendRunning)->UseRealTime();
+BENCHMARK(BM_PidofHelper)->UseRealTime();
+
+void BM_IsBackendRunning_500ExtraProcesses(benchmark::State& ioState) { FindBackend(ioState, sScene->BackendCrowded()); }
+void BM_PidofHelper_500ExtraProcesses(benchmark::State& ioState)
+{
+    FindBackendWithPidof(ioState, sScene->BackendCrowded());
+}
+BENCHMARK(BM_IsBackendRunning_500ExtraProcesses)->UseRealTime();
+BENCHMARK(BM_PidofHelper_500ExtraProcesses)->UseRealTime();
+
 }  // namespace
 
 int main(int argc, char** argv)
@@ -179,6 +246,7 @@ int main(int argc, char** argv)
     benchmark::Initialize(&argc, argv);
     Scene scene;
     scene.alone = scene.Start("isrunning-alone");
+    scene.backendAlone = scene.StartBackend("alone");
     sScene = &scene;
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();

@@ -1,7 +1,9 @@
 // Receiving events from other processes. While the process has handlers it listens on the
 // socket named after its serial number; the listener and every connection are sources on
 // the main run loop, so handlers run on the main thread, in turn, as the platform runs them.
-// Each connection carries one event and, when the sender waits for it, the reply.
+// Each connection carries one event and, when the sender waits for it, the reply. The quit
+// event from another process arrives as SIGTERM, which is read from a signalfd on the same
+// run loop and handed to the handlers as a quit event.
 #include "AEReceiver.h"
 
 #include "AEDispatch.h"
@@ -12,10 +14,12 @@
 #include <CoreFoundation/CFFileDescriptor.h>
 #include <CoreFoundation/CFRunLoop.h>
 
+#include <sys/signalfd.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
 #include <memory>
 #include <mutex>
 #include <set>
@@ -101,6 +105,72 @@ void Answer(const Connection& inConnection, const Message& inEvent)
     AEDisposeDesc(&reply);
 }
 
+// SIGTERM, taken off the process's default handling while the process has handlers. Only
+// the thread that installed the first handler (the main thread, as on the platform) has it
+// blocked; a signal another thread takes still ends the process.
+class QuitSignal {
+public:
+    QuitSignal()
+    {
+        sigset_t signals;
+        sigemptyset(&signals);
+        sigaddset(&signals, SIGTERM);
+        ::pthread_sigmask(SIG_BLOCK, &signals, &mPrevious);
+        int fd = ::signalfd(-1, &signals, SFD_NONBLOCK | SFD_CLOEXEC);
+        if (fd >= 0)
+            mWatch = std::make_unique<WatchedDescriptor>(fd, Arrived, this);
+    }
+    QuitSignal(const QuitSignal&) = delete;
+    QuitSignal& operator=(const QuitSignal&) = delete;
+    ~QuitSignal()
+    {
+        mWatch.reset();
+        ::pthread_sigmask(SIG_SETMASK, &mPrevious, nullptr);
+    }
+
+private:
+    static void Arrived(CFFileDescriptorRef, CFOptionFlags, void* inInfo)
+    {
+        auto* quit = static_cast<QuitSignal*>(inInfo);
+        signalfd_siginfo info;
+        pid_t sender = 0;
+        bool arrived = false;
+        while (::read(quit->mWatch->Fd(), &info, sizeof info) == ssize_t(sizeof info)) {
+            arrived = true;
+            sender = pid_t(info.ssi_pid);
+        }
+        quit->mWatch->Watch();
+        if (arrived)
+            Deliver(sender);
+    }
+
+    // A process whose handlers do not take the quit event ends as SIGTERM would end it.
+    static void Deliver(pid_t inSender)
+    {
+        AppleEvent event{typeNull, nullptr}, reply{typeNull, nullptr};
+        AEDesc noAddress{typeNull, nullptr};
+        OSErr status = AECreateAppleEvent(kCoreEventClass, kAEQuitApplication, &noAddress, kAutoGenerateReturnID,
+                                          kAnyTransactionID, &event);
+        if (status == noErr) {
+            AddOrigin(event, inSender);
+            status = Dispatch(event, &reply);
+        }
+        AEDisposeDesc(&event);
+        AEDisposeDesc(&reply);
+        if (status != noErr) {
+            ::signal(SIGTERM, SIG_DFL);
+            sigset_t signals;
+            sigemptyset(&signals);
+            sigaddset(&signals, SIGTERM);
+            ::pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
+            ::raise(SIGTERM);
+        }
+    }
+
+    std::unique_ptr<WatchedDescriptor> mWatch;
+    sigset_t mPrevious;
+};
+
 class Receiver {
 public:
     bool Start()
@@ -114,7 +184,10 @@ public:
             ::listen(listener.Get(), SOMAXCONN) != 0)
             return false;
         mListener = std::make_unique<WatchedDescriptor>(listener.Release(), Accept, this);
-        return mListener->Valid();
+        if (!mListener->Valid())
+            return false;
+        mQuitSignal = std::make_unique<QuitSignal>();
+        return true;
     }
 
     ~Receiver()
@@ -174,6 +247,7 @@ private:
     }
 
     std::unique_ptr<WatchedDescriptor> mListener;
+    std::unique_ptr<QuitSignal> mQuitSignal;
     std::mutex mLock;
     std::set<Connection*> mConnections;
 };

@@ -99,13 +99,11 @@ void FillInformation(const ProcessStat& inStat, ProcessInfoRec& ioInfo)
     ioInfo.processLauncher = LauncherOf(inStat);
     ioInfo.processLaunchDate = ToMacTicks(inStat.startTicks);
     ioInfo.processActiveTime = ToMacTicks(inStat.userTicks + inStat.systemTicks);
-    // The application file is the bundle for a program that lives in one (that is what a
-    // caller holding the application's URL compares with), else the executable itself. A
-    // program whose file is gone leaves the reference as the caller set it.
-    if (ioInfo.processAppRef && executable) {
-        std::string application(bundle ? *bundle : std::string_view(*executable));
-        FSPathMakeRef(reinterpret_cast<const UInt8*>(application.c_str()), ioInfo.processAppRef, nullptr);
-    }
+    // The application file is the executable the process runs, bundled or not; the bundle
+    // around it is GetProcessBundleLocation's answer. A program whose file is gone leaves the
+    // reference as the caller set it.
+    if (ioInfo.processAppRef && executable)
+        FSPathMakeRef(reinterpret_cast<const UInt8*>(executable->c_str()), ioInfo.processAppRef, nullptr);
 }
 
 // kCurrentProcess and kSystemProcess as the serial numbers of their processes, so that

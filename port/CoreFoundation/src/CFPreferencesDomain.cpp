@@ -90,21 +90,33 @@ bool Domain::Synchronize()
     return WritePending();
 }
 
+// The pending values are moved into the file's dictionary rather than merged into a copy of
+// it: a domain holding a long list would otherwise be copied twice on every write. Should the
+// write fail, the pending values are taken back out and the file is read again next time.
 bool Domain::WritePending()
 {
     if (!mFile.mayReplace)
         return false;
-    plist::Node merged(plist_copy(mFile.values.get()));
-    for (const auto& [key, value] : mPending)
-        Apply(merged.get(), key, value);
-    std::string bytes = plist::SerializeNode(merged.get(), kCFPropertyListXMLFormat_v1_0);
+    plist_t values = mFile.values.get();
+    for (auto& [key, value] : mPending) {
+        if (plist_dict_get_item(values, key.c_str()))
+            plist_dict_remove_item(values, key.c_str());
+        if (value)
+            plist_dict_set_item(values, key.c_str(), value.release());
+    }
+    std::string bytes = plist::SerializeNode(values, kCFPropertyListXMLFormat_v1_0);
     FileIdentity written;
     std::string error;
     if (!ReplaceDomainFile(mLocation.path, bytes, written, error)) {
         std::fprintf(stderr, "Preferences: \"%s\" could not be saved (%s).\n", mLocation.path.c_str(), error.c_str());
+        for (auto& [key, value] : mPending)
+            if (plist_t stored = plist_dict_get_item(values, key.c_str()))
+                value.reset(plist_copy(stored));
+        mFile.identity = FileIdentity{};
+        mFile.identity.size = -1;  // matches no file, so the next look reads the file again
         return false;
     }
-    mFile = {written, std::move(merged), true};
+    mFile.identity = written;
     mPending.clear();
     return true;
 }

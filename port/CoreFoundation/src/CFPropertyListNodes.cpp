@@ -12,6 +12,8 @@
 #include <cstdlib>
 #include <cstring>
 #include <limits>
+#include <map>
+#include <string_view>
 
 namespace cf::plist {
 
@@ -110,6 +112,20 @@ private:
         return Made(MakeString(mAllocator, text, inOptions));
     }
 
+    // Keys stay immutable whatever the options say (a key that changed would be lost in its
+    // dictionary), so the dictionaries of a list, which mostly share their keys, share their
+    // key strings too instead of each making its own.
+    OwnedValue Key(const char* inKey)
+    {
+        auto known = mKeys.find(std::string_view(inKey));
+        if (known != mKeys.end())
+            return OwnedValue(CFRetain(known->second.Get()));
+        OwnedValue key = Text(inKey, std::strlen(inKey), kCFPropertyListImmutable);
+        if (key && mKeys.size() < kMostSharedKeys)
+            mKeys.emplace(std::string(inKey), OwnedValue(CFRetain(key.Get())));
+        return key;
+    }
+
     OwnedValue String(plist_t inNode)
     {
         uint64_t length = 0;
@@ -143,9 +159,7 @@ private:
             std::unique_ptr<char, decltype(&std::free)> keyOwner(key, &std::free);
             if (value == nullptr)
                 break;
-            // Keys stay immutable whatever the options say: a key that changed would be lost
-            // in its dictionary.
-            keys.push_back(Text(key ? key : "", key ? std::strlen(key) : 0, kCFPropertyListImmutable));
+            keys.push_back(Key(key ? key : ""));
             if (!keys.back())
                 return OwnedValue();
             values.push_back(Convert(value, inDepth + 1));
@@ -155,9 +169,12 @@ private:
         return Made(MakeDictionary(mAllocator, keys, values, mOptions));
     }
 
+    static constexpr std::size_t kMostSharedKeys = 256;
+
     CFAllocatorRef mAllocator;
     CFOptionFlags mOptions;
     std::string& mError;
+    std::map<std::string, OwnedValue, std::less<>> mKeys;
 };
 
 class ToNodes {

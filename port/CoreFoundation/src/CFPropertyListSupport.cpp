@@ -61,6 +61,23 @@ CFTypeRef MakeData(CFAllocatorRef inAllocator, std::span<const UInt8> inBytes, C
     return data;
 }
 
+namespace {
+
+// Whether no key repeats; a dictionary's few keys are compared pairwise.
+bool UniqueKeys(std::span<const OwnedValue> inKeys)
+{
+    constexpr std::size_t kPairwiseLimit = 16;
+    if (inKeys.size() > kPairwiseLimit)
+        return false;
+    for (std::size_t i = 0; i < inKeys.size(); ++i)
+        for (std::size_t j = i + 1; j < inKeys.size(); ++j)
+            if (CFEqual(inKeys[i].Get(), inKeys[j].Get()))
+                return false;
+    return true;
+}
+
+}  // namespace
+
 CFTypeRef MakeArray(CFAllocatorRef inAllocator, std::span<const OwnedValue> inElements, CFOptionFlags inOptions)
 {
     std::vector<const void*> values;
@@ -79,11 +96,23 @@ CFTypeRef MakeArray(CFAllocatorRef inAllocator, std::span<const OwnedValue> inEl
 CFTypeRef MakeDictionary(CFAllocatorRef inAllocator, std::span<const OwnedValue> inKeys,
                          std::span<const OwnedValue> inValues, CFOptionFlags inOptions)
 {
+    std::size_t count = std::min(inKeys.size(), inValues.size());
+    if (!MutableContainers(inOptions) && UniqueKeys(inKeys.first(count))) {
+        // Made at once: filling a mutable dictionary and copying it costs twice as much, which
+        // shows in lists of many small dictionaries.
+        std::vector<const void*> keys(count), values(count);
+        for (std::size_t i = 0; i < count; ++i) {
+            keys[i] = inKeys[i].Get();
+            values[i] = inValues[i].Get();
+        }
+        return CFDictionaryCreate(inAllocator, keys.data(), values.data(), CFIndex(count),
+                                  &kCFTypeDictionaryKeyCallBacks, &kCFTypeDictionaryValueCallBacks);
+    }
     Owned<CFMutableDictionaryRef> dictionary(CFDictionaryCreateMutable(
         inAllocator, 0, &kCFTypeDictionaryKeyCallBacks, &kCFTypeDictionaryValueCallBacks));
     if (!dictionary)
         return nullptr;
-    for (std::size_t i = 0; i < inKeys.size() && i < inValues.size(); ++i)
+    for (std::size_t i = 0; i < count; ++i)
         CFDictionarySetValue(dictionary.Get(), inKeys[i].Get(), inValues[i].Get());
     if (MutableContainers(inOptions))
         return dictionary.Take();

@@ -106,14 +106,20 @@ TEST(ProcessInformation, NamesABundledApplicationAfterItsBundle)
     EXPECT_EQ(PascalText(name), "Sample Tool");
     EXPECT_EQ(info.processType, FourCC("TEST"));
     EXPECT_EQ(info.processSignature, FourCC("SmTl"));
-    // The application file of a bundled program is its bundle, of a bare one its executable.
-    FSRef expected = RefOf(bundle);
+    // The application file is the executable, bundled or not; the bundle is where it lives.
+    FSRef expected = RefOf(bundle / "Contents/MacOS/sampletool");
     EXPECT_EQ(FSCompareFSRefs(&application, &expected), noErr);
+    FSRef location{};
+    ASSERT_EQ(GetProcessBundleLocation(&psn, &location), noErr);
+    expected = RefOf(bundle);
+    EXPECT_EQ(FSCompareFSRefs(&location, &expected), noErr);
 
     psn = longName.PSN();
     ASSERT_EQ(GetProcessInformation(&psn, &info), noErr);
     expected = RefOf(bare);
     EXPECT_EQ(FSCompareFSRefs(&application, &expected), noErr);
+    ASSERT_EQ(GetProcessBundleLocation(&psn, &location), noErr);
+    EXPECT_EQ(FSCompareFSRefs(&location, &expected), noErr);
     EXPECT_EQ(info.processSignature, FourCC("????"));
     EXPECT_EQ(PascalText(name), std::string("an-executable-name-longer-than-31-bytes").substr(0, 31));
     CFStringRef fullName = nullptr;

@@ -7,6 +7,7 @@
 #include <fcntl.h>
 #include <signal.h>
 #include <sys/prctl.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -97,6 +98,32 @@ TEST_F(CFPreferences, ValuesAreSeenAtOnceAndWrittenWhenSynchronised)
     EXPECT_EQ(FileDump(File()), "{s\"Name\":s\"Spindeck\"}");
     ASSERT_TRUE(Synchronize());
     EXPECT_EQ(FileDump(File()), "{}");
+}
+
+// A write that fails (here: a file-size limit, which holds even for root) loses nothing: the
+// old file stays whole, the new values stay pending and are written by the next attempt.
+TEST_F(CFPreferences, AFailedWriteKeepsTheNewValuesPending)
+{
+    SetString("Name", "Spindeck");
+    ASSERT_TRUE(Synchronize());
+    SetString("Name", "A name far longer than the file may grow");
+    SetString("Other", "added");
+
+    rlimit saved{};
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &saved), 0);
+    rlimit tiny = saved;
+    tiny.rlim_cur = 16;
+    auto oldHandler = signal(SIGXFSZ, SIG_IGN);
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &tiny), 0);
+    bool written = Synchronize();
+    setrlimit(RLIMIT_FSIZE, &saved);
+    signal(SIGXFSZ, oldHandler);
+
+    EXPECT_FALSE(written);
+    EXPECT_EQ(FileDump(File()), "{s\"Name\":s\"Spindeck\"}");
+    EXPECT_EQ(Copied("Name"), "s\"A name far longer than the file may grow\"");
+    ASSERT_TRUE(Synchronize());
+    EXPECT_EQ(FileDump(File()), "{s\"Name\":s\"A name far longer than the file may grow\",s\"Other\":s\"added\"}");
 }
 
 TEST_F(CFPreferences, TypedReadersAcceptNumbersTextAndBooleans)

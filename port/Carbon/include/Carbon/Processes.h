@@ -75,6 +75,12 @@ OSErr GetNextProcess(ProcessSerialNumber* ioPSN);
 OSErr GetProcessInformation(const ProcessSerialNumber* inPSN, ProcessInfoRec* ioInfo);
 OSErr SameProcess(const ProcessSerialNumber* inPSN1, const ProcessSerialNumber* inPSN2, Boolean* outResult);
 
+// The bundle that holds the process's executable (<bundle>/Contents/MacOS/<program>), or the
+// executable itself for a program that lives in no bundle; procNotFound for a process that
+// has ended, fnfErr when its executable cannot be told (another user's process, or a file
+// that is gone).
+OSStatus GetProcessBundleLocation(const ProcessSerialNumber* inPSN, FSRef* outLocation);
+
 OSStatus GetProcessPID(const ProcessSerialNumber* inPSN, pid_t* outPID);
 OSStatus GetProcessForPID(pid_t inPID, ProcessSerialNumber* outPSN);
 // The whole process name, which processName cuts to 31 bytes.

@@ -2,7 +2,7 @@
 // read back by Python's plistlib, which knows nothing of our property-list code.
 #include <platform/Mac/spindeckMac/LoginItems.h>
 
-#include "LaunchTesting.h"
+#include "LoginWindowTesting.h"
 
 #include <gtest/gtest.h>
 
@@ -15,6 +15,7 @@
 
 namespace {
 
+using spindeck::test::Python;
 using spindeck::test::ScopedVariable;
 
 const std::string kOwn = "/Applications/Vemora spindeck.app/Contents/MacOS/Vemora spindeck Helper.app";
@@ -30,21 +31,6 @@ std::string List(const std::vector<std::string>& inEntries)
     for (const std::string& entry : inEntries)
         list += (list.size() > 1 ? ", " : "") + entry;
     return list + "]";
-}
-
-// Runs a script on the domain file (path in `file`) and, if given, a JSON list (in `items`);
-// answers what it printed. Handed over in the environment, so that nothing needs quoting.
-std::string Python(const std::string& inScript, const std::string& inFile, const std::string& inList = "")
-{
-    ScopedVariable script("LOGIN_ITEMS_SCRIPT", "import json, os, plistlib\nfile = os.environ['LOGIN_ITEMS_FILE']\n"
-                                                "items = os.environ['LOGIN_ITEMS_LIST']\n" + inScript);
-    ScopedVariable file("LOGIN_ITEMS_FILE", inFile), list("LOGIN_ITEMS_LIST", inList);
-    std::string output;
-    FILE* child = popen("python3 -c \"$LOGIN_ITEMS_SCRIPT\"", "r");
-    char buffer[4096];
-    while (std::size_t count = child ? std::fread(buffer, 1, sizeof buffer, child) : 0)
-        output.append(buffer, count);
-    return child && pclose(child) == 0 ? output : output + "(python3 failed)";
 }
 
 struct Case {

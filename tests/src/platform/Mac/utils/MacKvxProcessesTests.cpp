@@ -79,7 +79,9 @@ TEST_F(ApplicationProcesses, AProgramIsFoundByItsFileAndACopyElsewhereIsAnother)
     EXPECT_FALSE(kvx::IsRunning(copyURL.get(), nullptr)) << "an ended process no longer runs";
 }
 
-TEST_F(ApplicationProcesses, ABundledProgramIsFoundByItsBundle)
+// The product looks its helpers up by the executable inside their bundles, so a bundled
+// program must be found by that file, not by the bundle folder around it.
+TEST_F(ApplicationProcesses, ABundledProgramIsFoundByItsExecutable)
 {
     std::string bundle = mFolder.Path("Spinner.app");
     MakeBundle(bundle, "<key>CFBundlePackageType</key><string>APPL</string>", "Spinner", LAUNCH_TARGET_PATH);
@@ -88,9 +90,10 @@ TEST_F(ApplicationProcesses, ABundledProgramIsFoundByItsBundle)
 
     ProcessSerialNumber launched = Launch(bundle);
     ProcessSerialNumber psn{};
-    EXPECT_TRUE(kvx::IsRunning(PathURL(bundle, true).get(), &psn));
+    EXPECT_TRUE(kvx::IsRunning(PathURL(bundle + "/Contents/MacOS/Spinner").get(), &psn));
     EXPECT_EQ(Fields(psn), Fields(launched));
-    EXPECT_FALSE(kvx::IsRunning(PathURL(copy, true).get(), &psn));
+    EXPECT_FALSE(kvx::IsRunning(PathURL(bundle, true).get(), nullptr));
+    EXPECT_FALSE(kvx::IsRunning(PathURL(copy + "/Contents/MacOS/Spinner").get(), nullptr));
 }
 
 }  // namespace
