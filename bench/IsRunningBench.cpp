@@ -7,6 +7,7 @@
 // The product asks the same question through IsBackendRunning, which first finds the helper
 // inside the application bundle: that pair runs on copies of the demo product, against pidof
 // of the helper's executable path, alone and after the crowd too.
+#include "BenchProcesses.h"
 #include "platform/Mac/spindeckMac/spindeckMac.h"
 #include "platform/Mac/utils/MacKvxUtils.h"
 
@@ -30,42 +31,8 @@ namespace fs = std::filesystem;
 
 constexpr int kCrowdSize = 500;
 
-// Children that are killed and reaped when this goes, and that die with this program should
-// it end any other way, so that a failed run leaves no crowd behind.
-class Children {
-public:
-    Children() = default;
-    Children(const Children&) = delete;
-    Children& operator=(const Children&) = delete;
-    ~Children()
-    {
-        for (pid_t child : mChildren)
-            ::kill(child, SIGKILL);
-        for (pid_t child : mChildren)
-            ::waitpid(child, nullptr, 0);
-    }
-
-    bool Start(const std::string& inProgram)
-    {
-        pid_t child = ::fork();
-        if (child == 0) {
-            ::prctl(PR_SET_PDEATHSIG, SIGKILL);
-            // Not on this program's output, which a reader may wait on to end.
-            int null = ::open("/dev/null", O_WRONLY);
-            ::dup2(null, STDOUT_FILENO);
-            ::dup2(null, STDERR_FILENO);
-            ::execl(inProgram.c_str(), inProgram.c_str(), "3600", static_cast<char*>(nullptr));
-            ::_exit(127);
-        }
-        if (child < 0)
-            return false;
-        mChildren.push_back(child);
-        return true;
-    }
-
-private:
-    std::vector<pid_t> mChildren;
-};
+using spindeck::bench::Children;
+using spindeck::bench::FoundByPidof;
 
 // A private folder with named copies of sleep.
 class ScratchFolder {
@@ -130,7 +97,7 @@ struct Scene {
         fs::copy(SPINDECK_DEMO_APP, app, fs::copy_options::recursive, failed);
         ::setenv("XDG_RUNTIME_DIR", (folder.Path() + "/" + inName + "/runtime").c_str(), 1);
         std::string helper = app + "/Contents/MacOS/Vemora spindeck Helper.app/Contents/MacOS/Vemora spindeck Helper";
-        if (failed || !children.Start(helper))
+        if (failed || !children.Start(helper, {}))
             return std::nullopt;
         return Backend{Gx::CFString(app), helper};
     }
@@ -145,7 +112,7 @@ struct Scene {
     std::optional<Program> Start(const std::string& inName)
     {
         std::string path = folder.CopyOfSleep(inName);
-        if (path.empty() || !children.Start(path))
+        if (path.empty() || !children.Start(path, {"3600"}))
             return std::nullopt;
         return Program{inName, path, Gx::CFURL(Gx::CFString(path), false, nullptr, kCFURLPOSIXPathStyle)};
     }
@@ -154,7 +121,7 @@ struct Scene {
     {
         if (!crowded) {
             for (int i = 0; i < kCrowdSize; ++i)
-                if (!children.Start("/bin/sleep"))
+                if (!children.Start("/bin/sleep", {"3600"}))
                     return crowded;
             crowded = Start("isrunning-crowded");
         }
@@ -163,21 +130,6 @@ struct Scene {
 };
 
 Scene* sScene = nullptr;
-
-bool FoundByPidof(const std::string& inName)
-{
-    pid_t child = ::fork();
-    if (child == 0) {
-        int null = ::open("/dev/null", O_WRONLY);
-        ::dup2(null, STDOUT_FILENO);
-        ::execlp("pidof", "pidof", inName.c_str(), static_cast<char*>(nullptr));
-        ::_exit(127);
-    }
-    int status = -1;
-    if (child > 0)
-        ::waitpid(child, &status, 0);
-    return WIFEXITED(status) && WEXITSTATUS(status) == 0;
-}
 
 void FindWithIsRunning(benchmark::State& ioState, const std::optional<Program>& inProgram)
 {

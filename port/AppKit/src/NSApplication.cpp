@@ -1,0 +1,3 @@
+#include <AppKit/NSApplication.h>
+
+NSString* const NSApplicationWillBecomeActiveNotification = NSSTR("NSApplicationWillBecomeActiveNotification");
