@@ -26,7 +26,7 @@ struct OpenFork {
     bool canWrite = false;
     SInt8 permissions = 0;
     SInt64 mark = 0;
-    OwnedFd data;
+    port::UniqueDescriptor data;
     std::shared_ptr<ResourceForkBytes> resource;
 };
 

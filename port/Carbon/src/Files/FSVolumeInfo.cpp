@@ -2,7 +2,7 @@
 #include "FSItemTable.h"
 #include "FSNames.h"
 #include "FSVolumes.h"
-#include "OwnedFd.h"
+#include <PortSupport/UniqueDescriptor.h>
 #include "UTCDates.h"
 
 #include <Carbon/MacErrors.h>
@@ -44,7 +44,7 @@ bool MediaIsReadOnly(dev_t inDevice)
 {
     std::string path = "/sys/dev/block/" + std::to_string(major(inDevice)) + ":" + std::to_string(minor(inDevice)) + "/ro";
     char flag = '0';
-    OwnedFd file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    port::UniqueDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
     return file && ::read(file.Get(), &flag, 1) == 1 && flag == '1';
 }
 
