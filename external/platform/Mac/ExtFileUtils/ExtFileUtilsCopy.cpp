@@ -2,6 +2,8 @@
 // (which keeps it in the file's companion), then the Finder information, dates and lock.
 #include "ExtFileUtilsInternal.h"
 
+#include <PortSupport/UniqueDescriptor.h>
+
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -9,22 +11,6 @@
 #include <utility>
 
 namespace {
-
-class Descriptor {
-public:
-    explicit Descriptor(int inFd) : mFd(inFd) {}
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    ~Descriptor()
-    {
-        if (mFd >= 0)
-            ::close(mFd);
-    }
-    int Get() const { return mFd; }
-
-private:
-    int mFd;
-};
 
 class OpenedFork {
 public:
@@ -80,8 +66,8 @@ OSErr CopyByReading(int inFrom, int inTo)
 
 OSErr CopyData(const FSRef& inSource, const FSRef& inCopy)
 {
-    Descriptor from(::open(ExtFileUtils::PathOf(inSource).c_str(), O_RDONLY | O_CLOEXEC));
-    Descriptor to(::open(ExtFileUtils::PathOf(inCopy).c_str(), O_WRONLY | O_TRUNC | O_CLOEXEC));
+    port::UniqueDescriptor from(::open(ExtFileUtils::PathOf(inSource).c_str(), O_RDONLY | O_CLOEXEC));
+    port::UniqueDescriptor to(::open(ExtFileUtils::PathOf(inCopy).c_str(), O_WRONLY | O_TRUNC | O_CLOEXEC));
     if (from.Get() < 0 || to.Get() < 0)
         return carbon::StatusOfErrno(errno);
     constexpr std::size_t kChunk = std::size_t(1) << 30;
