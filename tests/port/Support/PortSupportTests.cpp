@@ -1,4 +1,6 @@
 // The port's shared pieces: reference and descriptor owners, and the mount table parser.
+#include <PortSupport/InstallFolders.h>
+#include <PortSupport/InstallLocations.h>
 #include <PortSupport/MountTable.h>
 #include <PortSupport/Owned.h>
 #include <PortSupport/UniqueDescriptor.h>
@@ -9,6 +11,10 @@
 
 #include <fcntl.h>
 #include <sys/sysmacros.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <string>
 
 namespace {
 
@@ -76,6 +82,56 @@ TEST(MountTable, TheLiveTableHasTheRootAndIsKeptUntilMountsChange)
     for (const port::Mount& mount : *first)
         hasRoot = hasRoot || mount.mountPoint == "/";
     EXPECT_TRUE(hasRoot);
+}
+
+}  // namespace
+
+namespace {
+
+std::string Relative(const std::string& inFolder)
+{
+    return std::filesystem::path(inFolder).lexically_relative(port::install::kPrefix).string();
+}
+
+TEST(InstallFolders, AnInstalledProgramTakesThemFromThePrefixItRunsFrom)
+{
+    namespace fs = std::filesystem;
+    const fs::path root = fs::temp_directory_path() / ("install-folders-" + std::to_string(::getpid()));
+    fs::create_directories(root / "moved/bin");
+    fs::create_directories(root / "moved/lib/spindeck");
+    fs::create_directories(root / "stranger/bin");
+
+    port::install::Folders moved = port::install::FoldersFor((root / "moved/bin/panehost").string());
+    EXPECT_EQ(moved.prefix, (root / "moved").string());
+    // Folders the build put under its prefix move with it; /etc and /var of a /usr build stay.
+    for (auto [found, configured] : {std::pair{moved.data, port::install::kDataFolder},
+                                     std::pair{moved.configuration, port::install::kConfigurationFolder}}) {
+        std::string relative = Relative(configured);
+        bool underPrefix = !relative.starts_with("..");
+        EXPECT_EQ(found, underPrefix ? (root / "moved" / relative).string() : std::string(configured));
+    }
+
+    // Not installed: a bin folder of a prefix without the project, or any other folder.
+    for (const char* program : {"stranger/bin/panehost", "moved/lib/spindeck/panehost"})
+        EXPECT_EQ(port::install::FoldersFor((root / program).string()).prefix, port::install::kPrefix) << program;
+    EXPECT_EQ(port::install::InstalledFolders().prefix, port::install::kPrefix) << "a test program is not installed";
+    fs::remove_all(root);
+}
+
+TEST(InstallFolders, UsrKeepsItsConfigurationAndStateAtTheRoot)
+{
+    using namespace std::string_literals;
+    const std::string prefix = port::install::kPrefix;
+    bool conventional = port::install::kConfigurationFolder == prefix + "/etc" ||
+                        (prefix == "/usr" && port::install::kConfigurationFolder == "/etc"s);
+    if (!conventional)
+        GTEST_SKIP() << "this build has a configuration folder of its own: " << port::install::kConfigurationFolder;
+    port::install::Folders usr = port::install::MovedTo("/usr"), opt = port::install::MovedTo("/opt/vemora");
+    EXPECT_EQ(usr.configuration, "/etc");
+    EXPECT_EQ(usr.state, "/var");
+    EXPECT_EQ(usr.data, "/usr/share");
+    EXPECT_EQ(opt.configuration, "/opt/vemora/etc");
+    EXPECT_EQ(opt.state, "/opt/vemora/var");
 }
 
 }  // namespace

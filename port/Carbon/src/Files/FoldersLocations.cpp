@@ -5,7 +5,7 @@
 #include <CoreFoundation/CFPreferences.h>
 #include <CoreFoundation/CFRuntime.h>
 #include <CoreFoundation/CFUserFolders.h>
-#include <PortSupport/InstallLocations.h>
+#include <PortSupport/InstallFolders.h>
 
 #include <unistd.h>
 
@@ -134,9 +134,10 @@ std::optional<FolderLocation> UserDomainFolder(OSType inType)
 
 std::optional<FolderLocation> InstallationFolder(OSType inType)
 {
-    const std::string lib = std::string(port::install::kPrefix) + "/lib/" + std::string(kProjectFolder);
-    const std::string data = port::install::kDataFolder;
-    const std::string state = port::install::kStateFolder;
+    const port::install::Folders& installed = port::install::InstalledFolders();
+    const std::string lib = installed.prefix + "/lib/" + std::string(kProjectFolder);
+    const std::string& data = installed.data;
+    const std::string& state = installed.state;
     switch (inType) {
     case kApplicationSupportFolderType:
         return Inside(data, kShared, "", kShared);

@@ -6,7 +6,7 @@
 #include <CoreFoundation/CFPreferences.h>
 #include <CoreFoundation/CFRuntime.h>
 #include <CoreFoundation/CFUserFolders.h>
-#include <PortSupport/InstallLocations.h>
+#include <PortSupport/InstallFolders.h>
 
 #include <unistd.h>
 
@@ -27,7 +27,7 @@ std::string UserFolder()
 }
 
 // Preferences for every user are read from the installation's etc folder.
-std::string SystemFolder() { return std::string(port::install::kConfigurationFolder) + "/preferences"; }
+std::string SystemFolder() { return port::install::InstalledFolders().configuration + "/preferences"; }
 
 std::string HostName()
 {
