@@ -3,8 +3,6 @@
 
 #include <PortSupport/Owned.h>
 
-#include <unistd.h>
-
 #include <cerrno>
 #include <cstring>
 #include <memory>
@@ -18,10 +16,9 @@ CFStringEncoding EncodingOf(TextEncoding inHint)
 
 OSErr ChangeDirectory(const FSRef& inFolder)
 {
-    std::string path = ExtFileUtils::PathOf(inFolder);
-    if (path.empty())
-        return fnfErr;
-    return ::chdir(path.c_str()) == 0 ? noErr : carbon::StatusOfErrno(errno);
+    FSCatalogInfo info;
+    OSErr status = FSGetCatalogInfo(&inFolder, kFSCatInfoVolume | kFSCatInfoNodeID, &info, nullptr, nullptr, nullptr);
+    return status == noErr ? HSetVol(nullptr, info.volume, SInt32(info.nodeID)) : status;
 }
 
 }  // namespace
