@@ -57,9 +57,13 @@ void ShowState(QLabel& ioStatus, QPushButton& ioButton)
 int main(int argc, char** argv)
 {
     if (argc > 1 && std::strcmp(argv[1], "--help") == 0) {
-        std::printf("Usage: %s [Qt options]\nThe Vemora spindeck demo configuration application: shows whether "
+        std::printf("Usage: %s [--help | --version | Qt options]\nThe Vemora spindeck demo configuration application: shows whether "
                     "the background helper runs, and starts or stops it.\n",
                     argv[0]);
+        return 0;
+    }
+    if (argc > 1 && std::strcmp(argv[1], "--version") == 0) {
+        std::printf("Vemora spindeck %s\n", SPINDECK_VERSION);
         return 0;
     }
     QApplication application(argc, argv);

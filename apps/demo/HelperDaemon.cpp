@@ -22,7 +22,7 @@ constexpr double kDefaultQuitSeconds = 1.0;
 
 void PrintHelp()
 {
-    std::printf("Usage: %s\n"
+    std::printf("Usage: %s [--help | --version]\n"
                 "The %s of the Vemora spindeck demo: runs in the background until it is asked to quit.\n"
                 "Environment:\n"
                 "  VEMORA_HELPER_QUIT_SECONDS  how long quitting takes, in seconds (default 1)\n"
@@ -79,6 +79,10 @@ int main(int argc, char** argv)
 {
     if (argc > 1 && (std::strcmp(argv[1], "--help") == 0 || std::strcmp(argv[1], "-h") == 0)) {
         PrintHelp();
+        return 0;
+    }
+    if (argc > 1 && std::strcmp(argv[1], "--version") == 0) {
+        std::printf("%s %s\n", VEMORA_HELPER_NAME, SPINDECK_VERSION);
         return 0;
     }
     if (!TakeLock(LockPath()))

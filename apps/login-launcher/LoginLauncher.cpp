@@ -20,7 +20,7 @@
 namespace {
 
 constexpr const char* kUsage =
-    "Usage: vemora-login-launcher\n"
+    "Usage: vemora-login-launcher [--help | --version]\n"
     "Opens every item of the login window's list (the \"loginwindow\" preferences,\n"
     "AutoLaunchedApplicationDictionary) in order, as at log-in. An item that already runs is not\n"
     "started again; an item whose path is gone is skipped with a line on standard error.\n"
@@ -75,6 +75,10 @@ CFStringRef PathOf(CFTypeRef inEntry)
 
 int main(int argc, char** argv)
 {
+    if (argc == 2 && std::strcmp(argv[1], "--version") == 0) {
+        std::printf("vemora-login-launcher %s\n", SPINDECK_VERSION);
+        return 0;
+    }
     if (argc > 1) {
         bool help = std::strcmp(argv[1], "--help") == 0 || std::strcmp(argv[1], "-h") == 0;
         std::fputs(kUsage, help ? stdout : stderr);

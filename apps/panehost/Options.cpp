@@ -14,6 +14,8 @@ std::optional<HostOptions> HostOptions::Parse(const QStringList& inArguments, QS
         };
         if (argument == "--help" || argument == "-h") {
             options.help = true;
+        } else if (argument == "--version") {
+            options.version = true;
         } else if (argument == "--headless") {
             options.headless = true;
         } else if (argument == "--json") {
@@ -66,6 +68,7 @@ QString HostOptions::Usage(const QString& inProgram)
     return QStringLiteral(
                "Usage: %1 [--pane PATH]...\n"
                "       %1 --headless --pane PATH [--json] [ACTION]...\n"
+               "       %1 --help | --version\n"
                "\n"
                "Shows the installed preference panes (from the preference-pane folders of the user,\n"
                "the installation and the system) and the one chosen; --pane adds a pane bundle and\n"

@@ -18,6 +18,7 @@ struct HostOptions {
     bool headless = false;
     bool json = false;
     bool help = false;
+    bool version = false;
     std::vector<HostAction> actions;  // in the order given
 
     // The options, or a message saying what is wrong with them.

@@ -119,6 +119,10 @@ int main(int argc, char** argv)
         Print(HostOptions::Usage(QFileInfo(arguments[0]).fileName()));
         return 0;
     }
+    if (options->version) {
+        std::printf("panehost %s\n", SPINDECK_VERSION);
+        return 0;
+    }
     if (options->headless) {
         qputenv("QT_QPA_PLATFORM", "offscreen");
         // The offscreen platform says so each time a window asks for what it cannot do

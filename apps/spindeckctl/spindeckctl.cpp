@@ -5,6 +5,8 @@
 #include <Groundwork/Core/ErrorHandling/GxExceptions.h>
 #include <Groundwork/SysWrappers/CoreFoundation/SysCFString.h>
 
+#include <Carbon/Files.h>
+#include <Carbon/Folders.h>
 #include <Carbon/MacErrors.h>
 
 #include <cstdio>
@@ -32,14 +34,16 @@ constexpr const char* kUsage =
     "  media stop      ask the media-player helper to quit\n"
     "\n"
     "Options:\n"
-    "  --app PATH      the Vemora spindeck application (default: " SPINDECK_INSTALLED_APP ")\n"
+    "  --app PATH      the Vemora spindeck application (default: the installed one, in the\n"
+    "                  installation's application-bundles folder)\n"
     "  --json          one JSON object on standard output, for scripts\n"
     "  --help          this text\n"
+    "  --version       the program's version\n"
     "\n"
     "Exit status: 0 success, 1 helper not found, 2 bad usage, 3 the helper could not be started or asked to quit.\n";
 
 struct Options {
-    std::string app = SPINDECK_INSTALLED_APP;
+    std::string app;  // the installed one unless given
     bool json = false;
     std::vector<std::string> command;
 };
@@ -165,6 +169,18 @@ int Media(const std::string& inCommand, const Gx::CFString& inApp, Report& ioRep
     return kSuccess;
 }
 
+// The application installed with this program: found the way the pane's own installation is,
+// so that a moved installation still finds its own.
+std::string InstalledApp()
+{
+    FSRef folder;
+    char path[4096];
+    if (FSFindFolder(kSystemDomain, kApplicationsFolderType, kDontCreateFolder, &folder) != noErr ||
+        FSRefMakePath(&folder, reinterpret_cast<UInt8*>(path), sizeof path) != noErr)
+        return "Vemora spindeck.app";  // not installed: reported as a helper not found
+    return std::string(path) + "/Vemora spindeck.app";
+}
+
 bool IsBackendCommand(const std::vector<std::string>& inWords)
 {
     return inWords.size() == 1 &&
@@ -185,6 +201,9 @@ int main(int argc, char** argv)
         if (std::strcmp(argv[i], "--help") == 0 || std::strcmp(argv[i], "-h") == 0) {
             std::fputs(kUsage, stdout);
             return kSuccess;
+        } else if (std::strcmp(argv[i], "--version") == 0) {
+            std::printf("spindeckctl %s\n", SPINDECK_VERSION);
+            return kSuccess;
         }
     std::optional<Options> options = Parse(argc, argv);
     bool media = options && IsMediaCommand(options->command);
@@ -192,6 +211,8 @@ int main(int argc, char** argv)
         std::fputs("spindeckctl: unknown command or option; see spindeckctl --help\n", stderr);
         return kBadUsage;
     }
+    if (options->app.empty())
+        options->app = InstalledApp();
     Report report{media ? "media" : "backend", false, false, {}, {}};
     try {
         Gx::CFString app(options->app, kCFStringEncodingUTF8);

@@ -3,8 +3,8 @@
 #include <Carbon/MacErrors.h>
 #include <Carbon/Processes.h>
 
-#include "../ProcessApplication.h"
-#include "../ProcessStat.h"
+#include "ProcessApplication.h"
+#include "ProcessStat.h"
 
 #include <string>
 

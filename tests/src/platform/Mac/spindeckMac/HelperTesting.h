@@ -45,7 +45,7 @@ inline pid_t RunningPID(const std::string& inPath)
     ProcessSerialNumber psn{};
     pid_t pid = 0;
     URL url = PathURL(inPath);
-    return url && kvx::IsRunning(url.get(), &psn) && GetProcessPID(&psn, &pid) == noErr ? pid : 0;
+    return url && kvx::IsRunning(url.Get(), &psn) && GetProcessPID(&psn, &pid) == noErr ? pid : 0;
 }
 
 inline bool AwaitRunning(const std::string& inPath)

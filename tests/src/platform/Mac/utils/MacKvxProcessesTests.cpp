@@ -62,21 +62,21 @@ TEST_F(ApplicationProcesses, AProgramIsFoundByItsFileAndACopyElsewhereIsAnother)
     EXPECT_EQ(::testing::internal::GetCapturedStderr(), "LSOpenCFURLRef error: -43\n");
 
     ProcessSerialNumber psn{};
-    EXPECT_TRUE(kvx::IsRunning(originalURL.get(), &psn));
+    EXPECT_TRUE(kvx::IsRunning(originalURL.Get(), &psn));
     EXPECT_EQ(Fields(psn), Fields(originalPSN));
-    EXPECT_TRUE(kvx::IsRunning(originalURL.get(), nullptr));
-    EXPECT_FALSE(kvx::IsRunning(copyURL.get(), &psn)) << "same name and contents, another file";
+    EXPECT_TRUE(kvx::IsRunning(originalURL.Get(), nullptr));
+    EXPECT_FALSE(kvx::IsRunning(copyURL.Get(), &psn)) << "same name and contents, another file";
     EXPECT_EQ(Fields(psn), Fields(originalPSN)) << "not found leaves the serial number alone";
-    EXPECT_FALSE(kvx::IsRunning(PathURL(mFolder.Path("never made")).get(), &psn));
+    EXPECT_FALSE(kvx::IsRunning(PathURL(mFolder.Path("never made")).Get(), &psn));
     EXPECT_FALSE(kvx::IsRunning(nullptr, &psn));
     EXPECT_EQ(Fields(psn), Fields(originalPSN));
 
     ProcessSerialNumber copyPSN = Launch(copy);
-    EXPECT_TRUE(kvx::IsRunning(copyURL.get(), &psn));
+    EXPECT_TRUE(kvx::IsRunning(copyURL.Get(), &psn));
     EXPECT_EQ(Fields(psn), Fields(copyPSN));
     ::kill(mLaunched.back(), SIGKILL);
     ASSERT_TRUE(AwaitGone(mLaunched.back()));
-    EXPECT_FALSE(kvx::IsRunning(copyURL.get(), nullptr)) << "an ended process no longer runs";
+    EXPECT_FALSE(kvx::IsRunning(copyURL.Get(), nullptr)) << "an ended process no longer runs";
 }
 
 // The product looks its helpers up by the executable inside their bundles, so a bundled
@@ -90,10 +90,10 @@ TEST_F(ApplicationProcesses, ABundledProgramIsFoundByItsExecutable)
 
     ProcessSerialNumber launched = Launch(bundle);
     ProcessSerialNumber psn{};
-    EXPECT_TRUE(kvx::IsRunning(PathURL(bundle + "/Contents/MacOS/Spinner").get(), &psn));
+    EXPECT_TRUE(kvx::IsRunning(PathURL(bundle + "/Contents/MacOS/Spinner").Get(), &psn));
     EXPECT_EQ(Fields(psn), Fields(launched));
-    EXPECT_FALSE(kvx::IsRunning(PathURL(bundle, true).get(), nullptr));
-    EXPECT_FALSE(kvx::IsRunning(PathURL(copy + "/Contents/MacOS/Spinner").get(), nullptr));
+    EXPECT_FALSE(kvx::IsRunning(PathURL(bundle, true).Get(), nullptr));
+    EXPECT_FALSE(kvx::IsRunning(PathURL(copy + "/Contents/MacOS/Spinner").Get(), nullptr));
 }
 
 }  // namespace
