@@ -105,16 +105,21 @@ enum : OSStatus {
     afpObjectTypeErr = -5025,  // the request needs a folder and was given a file
 };
 
-// The file-ID requests' parameter block: only the fields named here are read or written.
-struct FIDParam {
+// The fields every parameter block starts with.
+struct ParamBlockHeader {
     void* qLink;
     SInt16 qType;
     SInt16 ioTrap;
     Ptr ioCmdAddr;
     void* ioCompletion;
     OSErr ioResult;
-    StringPtr ioNamePtr;  // out: the file's name, when not NULL (room for a Str63)
-    SInt16 ioVRefNum;     // in
+    StringPtr ioNamePtr;
+    SInt16 ioVRefNum;
+};
+
+// The file-ID requests' parameter block: only the fields named here are read or written.
+// ioVRefNum is read; ioNamePtr, when not NULL, receives the file's name (room for a Str63).
+struct FIDParam : ParamBlockHeader {
     SInt32 filler14;
     StringPtr ioDestNamePtr;
     SInt32 filler15;
@@ -128,15 +133,7 @@ struct FIDParam {
 
 // The user and group mapping requests' parameter block: only the fields named here are read
 // or written.
-struct ObjParam {
-    void* qLink;
-    SInt16 qType;
-    SInt16 ioTrap;
-    Ptr ioCmdAddr;
-    void* ioCompletion;
-    OSErr ioResult;
-    StringPtr ioNamePtr;
-    SInt16 ioVRefNum;
+struct ObjParam : ParamBlockHeader {
     SInt16 filler7;
     SInt16 ioObjType;       // in: one of the mapping requests above
     StringPtr ioObjNamePtr; // the account's name: out (room for a Str31) or in
