@@ -1,8 +1,8 @@
 // AppleDouble companions from arbitrary bytes: the reader answers nothing or a file that
 // writes out and reads back the same, and what the catalog takes from it (Finder
 // information, stored dates) can always be read.
-#include "AppleDouble.h"
-#include "FSFinderInfo.h"
+#include "Files/AppleDouble.h"
+#include "Files/FSFinderInfo.h"
 
 #include <cstddef>
 #include <cstdint>

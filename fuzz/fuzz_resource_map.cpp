@@ -1,8 +1,8 @@
 // Resource maps from arbitrary bytes: a map the reader accepts keeps every name and every
 // piece of data inside the bytes it was read from, its counts fit the calls that report
 // them, and every string of every string list can be walked.
-#include "ResourceMap.h"
-#include "ResourceStrings.h"
+#include "Resources/ResourceMap.h"
+#include "Resources/ResourceStrings.h"
 
 #include <Carbon/MacErrors.h>
 

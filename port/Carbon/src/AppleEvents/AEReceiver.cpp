@@ -7,7 +7,7 @@
 #include "AEDispatch.h"
 #include "AEWire.h"
 #include "OwnedFd.h"
-#include "ProcessStat.h"
+#include "Processes/ProcessStat.h"
 
 #include <CoreFoundation/CFFileDescriptor.h>
 #include <CoreFoundation/CFRunLoop.h>

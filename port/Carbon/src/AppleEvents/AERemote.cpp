@@ -4,7 +4,7 @@
 
 #include "AEWire.h"
 #include "OwnedFd.h"
-#include "ProcessStat.h"
+#include "Processes/ProcessStat.h"
 
 #include <poll.h>
 #include <sys/socket.h>

@@ -4,7 +4,7 @@
 #include "AERemote.h"
 #include "AEValue.h"
 #include "OwnedFd.h"
-#include "ProcessStat.h"
+#include "Processes/ProcessStat.h"
 
 #include <Carbon/Processes.h>
 

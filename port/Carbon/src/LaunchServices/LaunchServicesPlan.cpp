@@ -3,7 +3,7 @@
 
 #include "LaunchServicesBundle.h"
 #include "LaunchServicesOwned.h"
-#include "ProcessApplication.h"
+#include "Processes/ProcessApplication.h"
 
 #include <Carbon/MacErrors.h>
 #include <Carbon/Processes.h>

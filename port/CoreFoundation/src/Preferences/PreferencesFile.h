@@ -2,7 +2,7 @@
 // it so that a crash at any moment leaves either the old or the new file, whole.
 #pragma once
 
-#include "PropertyListNodes.h"
+#include "PropertyList/PropertyListNodes.h"
 
 #include <sys/stat.h>
 

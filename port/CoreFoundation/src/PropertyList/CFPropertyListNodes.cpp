@@ -1,6 +1,6 @@
 // Conversions between libplist's nodes and our values.
 #include "PropertyListNodes.h"
-#include "StringEncoding.h"
+#include "String/StringEncoding.h"
 
 #include <CoreFoundation/CFData.h>
 #include <CoreFoundation/CFDate.h>

@@ -2,7 +2,7 @@
 // stops at a fixed nesting depth, so any bytes at all give either a value or a reason.
 #include "PropertyListSupport.h"
 #include "PropertyListText.h"
-#include "StringEncoding.h"
+#include "String/StringEncoding.h"
 
 #include <CoreFoundation/CFString.h>
 

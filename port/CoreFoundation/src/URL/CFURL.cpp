@@ -1,7 +1,7 @@
 // The URL object, creating URLs from text, and reading a URL back as text.
 #include "CFURLObject.h"
 
-#include "StringEncoding.h"
+#include "String/StringEncoding.h"
 
 #include <CoreFoundation/CFData.h>
 

@@ -1,8 +1,8 @@
 // Adding and replacing percent escapes.
 #include "CFURLEscapes.h"
 
-#include "CFStringObject.h"
-#include "StringEncoding.h"
+#include "String/CFStringObject.h"
+#include "String/StringEncoding.h"
 
 #include <algorithm>
 #include <span>

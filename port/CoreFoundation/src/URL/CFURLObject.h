@@ -2,7 +2,7 @@
 // when the URL is made. Shared by the files that implement the URL calls.
 #pragma once
 
-#include "CFStringObject.h"
+#include "String/CFStringObject.h"
 #include "CFURLSyntax.h"
 
 #include <CoreFoundation/CFRuntime.h>

@@ -3,7 +3,7 @@
 #include "CFURLEscapes.h"
 #include "CFURLObject.h"
 #include <CoreFoundation/CFVolumeNames.h>
-#include "StringEncoding.h"
+#include "String/StringEncoding.h"
 
 #include <unistd.h>
 

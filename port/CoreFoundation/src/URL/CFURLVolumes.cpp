@@ -1,7 +1,7 @@
 // Volume names from the mount table.
 #include <CoreFoundation/CFVolumeNames.h>
 
-#include "StringEncoding.h"
+#include "String/StringEncoding.h"
 
 #include <CoreFoundation/CFString.h>
 

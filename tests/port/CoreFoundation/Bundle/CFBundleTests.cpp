@@ -1,5 +1,5 @@
 // Bundles built in a temporary folder: information, localisation, resources, strings and code.
-#include "PropertyListTesting.h"
+#include "PropertyList/PropertyListTesting.h"
 
 #include <gtest/gtest.h>
 

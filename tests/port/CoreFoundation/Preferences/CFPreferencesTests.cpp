@@ -1,6 +1,6 @@
 // Preferences: pending values and synchronisation, typed readers, domains by user and host,
 // other processes' changes, damaged files kept aside, and writers killed at random moments.
-#include "PropertyListTesting.h"
+#include "PropertyList/PropertyListTesting.h"
 
 #include <gtest/gtest.h>
 

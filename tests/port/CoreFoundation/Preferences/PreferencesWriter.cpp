@@ -5,7 +5,7 @@
 //     it has started, so that the test's random delay measures time spent writing.
 //   PreferencesWriter set <application> <key> <string>
 //     stores one string and synchronises; the exit status says whether that worked.
-#include "PropertyListTesting.h"
+#include "PropertyList/PropertyListTesting.h"
 
 #include <unistd.h>
 
