@@ -450,12 +450,13 @@ OSErr FSWriteFork(SInt16 inForkRefNum, UInt16 inPositionMode, SInt64 inPositionO
         OSErr status = noErr;
         const auto* buffer = static_cast<const UInt8*>(inBuffer);
         ByteCount done = 0;
-        if (!fork.isResource)
-            done = WriteData(fork.data.Get(), start, inRequestCount, buffer, status);
-        else if (status = WriteResource(*fork.resource, start, inRequestCount, buffer); status == noErr)
+        if (fork.isResource) {
+            if (OSErr refused = WriteResource(*fork.resource, start, inRequestCount, buffer); refused != noErr)
+                return refused;
             done = inRequestCount;
-        else
-            return status;
+        } else {
+            done = WriteData(fork.data.Get(), start, inRequestCount, buffer, status);
+        }
         fork.mark = start + SInt64(done);
         if (outActualCount)
             *outActualCount = done;
