@@ -63,10 +63,15 @@ std::string stringValue(const Gx::Exception& inException)
     // Room for three characters and the NUL, so every text ends in "; F" and the code itself
     // never appears. That cut is intended, and callers match this exact form: do not widen it.
     char* end = text + std::strlen(text);
+    // GCC rightly sees the cut coming; clang has no such warning and rejects its name.
+#if defined(__GNUC__) && !defined(__clang__)
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wformat-truncation"
+#endif
     std::snprintf(end, 4, "; FourCharCode=%lu;", static_cast<unsigned long>(inException.What()));
+#if defined(__GNUC__) && !defined(__clang__)
 #pragma GCC diagnostic pop
+#endif
     return text;
 }
 
