@@ -16,3 +16,15 @@ function(spindeck_benchmark name)
   add_executable(${name} ${ARG_SOURCES})
   target_link_libraries(${name} PRIVATE benchmark::benchmark ${ARG_LIBRARIES})
 endfunction()
+
+# spindeck_publish_headers(<target> <include path> <folder>)
+# Makes <folder> (and nothing beside it) visible to the target's users as <include path>, so
+# that a library publishes only its own headers although its folder sits among others: the
+# build tree gets a folder per library that holds one link to the library's own.
+function(spindeck_publish_headers target path folder)
+  set(root "${CMAKE_BINARY_DIR}/published/${target}")
+  get_filename_component(parent "${root}/${path}" DIRECTORY)
+  file(MAKE_DIRECTORY "${parent}")
+  file(CREATE_LINK "${folder}" "${root}/${path}" SYMBOLIC)
+  target_include_directories(${target} PUBLIC "${root}")
+endfunction()

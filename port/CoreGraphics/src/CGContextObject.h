@@ -1,11 +1,11 @@
 // The bitmap context object, shared by the files that create it and draw with it.
 #pragma once
 
-#include "Held.h"
 #include "PixelFormat.h"
 
 #include <CoreFoundation/CFRuntime.h>
 #include <CoreGraphics/CGContext.h>
+#include <PortSupport/Owned.h>
 
 #include <vector>
 
@@ -14,7 +14,7 @@ struct CGContext final : cf::Object {
     size_t mHeight;
     size_t mBytesPerRow;
     cg::PixelFormat mFormat;
-    cg::Held<CGColorSpaceRef> mSpace;
+    port::Owned<CGColorSpaceRef> mSpace;  // given back in Finalize, when the last reference goes
     std::vector<UInt8> mOwned;  // the bitmap, when the caller did not give one
     UInt8* mData;
     cg::Color mFill;  // black, until the caller sets another
@@ -22,7 +22,8 @@ struct CGContext final : cf::Object {
     CGContext(size_t inWidth, size_t inHeight, size_t inBytesPerRow, const cg::PixelFormat& inFormat, CGColorSpaceRef inSpace,
               void* inData)
         : Object(CGContextGetTypeID()), mWidth(inWidth), mHeight(inHeight), mBytesPerRow(inBytesPerRow), mFormat(inFormat),
-          mSpace(inSpace), mOwned(inData ? 0 : inBytesPerRow * inHeight), mData(inData ? static_cast<UInt8*>(inData) : mOwned.data())
+          mSpace(port::Owned<CGColorSpaceRef>::Retained(inSpace)),
+          mOwned(inData ? 0 : inBytesPerRow * inHeight), mData(inData ? static_cast<UInt8*>(inData) : mOwned.data())
     {
     }
 

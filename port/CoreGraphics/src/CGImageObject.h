@@ -1,11 +1,11 @@
 // The image object: a private copy of pixels with their layout.
 #pragma once
 
-#include "Held.h"
 #include "PixelFormat.h"
 
 #include <CoreFoundation/CFRuntime.h>
 #include <CoreGraphics/CGImage.h>
+#include <PortSupport/Owned.h>
 
 #include <vector>
 
@@ -14,13 +14,13 @@ struct CGImage final : cf::Object {
     size_t mHeight;
     size_t mBytesPerRow;
     cg::PixelFormat mFormat;
-    cg::Held<CGColorSpaceRef> mSpace;
+    port::Owned<CGColorSpaceRef> mSpace;  // given back in Finalize, when the last reference goes
     std::vector<UInt8> mPixels;
 
     CGImage(size_t inWidth, size_t inHeight, size_t inBytesPerRow, const cg::PixelFormat& inFormat, CGColorSpaceRef inSpace,
             std::vector<UInt8> inPixels)
         : Object(CGImageGetTypeID()), mWidth(inWidth), mHeight(inHeight), mBytesPerRow(inBytesPerRow), mFormat(inFormat),
-          mSpace(inSpace), mPixels(std::move(inPixels))
+          mSpace(port::Owned<CGColorSpaceRef>::Retained(inSpace)), mPixels(std::move(inPixels))
     {
     }
 

@@ -1,30 +1,10 @@
-// Copying a file: the data inside the kernel, the resource fork through the File Manager
-// (which keeps it in the file's companion), then the Finder information, dates and lock.
+// Copying a file: both forks through the File Manager (which keeps the resource fork in the
+// file's companion), then the Finder information, dates and lock.
 #include "ExtFileUtilsInternal.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
-#include <cerrno>
-#include <utility>
+#include <algorithm>
 
 namespace {
-
-class Descriptor {
-public:
-    explicit Descriptor(int inFd) : mFd(inFd) {}
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    ~Descriptor()
-    {
-        if (mFd >= 0)
-            ::close(mFd);
-    }
-    int Get() const { return mFd; }
-
-private:
-    int mFd;
-};
 
 class OpenedFork {
 public:
@@ -57,67 +37,38 @@ private:
     Ptr mBlock;
 };
 
-// For descriptors copy_file_range cannot join (different file system types, special files).
-OSErr CopyByReading(int inFrom, int inTo)
-{
-    char buffer[65536];
-    for (;;) {
-        ssize_t got = ::read(inFrom, buffer, sizeof buffer);
-        if (got == 0)
-            return noErr;
-        if (got < 0 && errno == EINTR)
-            continue;
-        if (got < 0)
-            return carbon::StatusOfErrno(errno);
-        for (ssize_t at = 0; at < got;) {
-            ssize_t put = ::write(inTo, buffer + at, std::size_t(got - at));
-            if (put < 0 && errno != EINTR)
-                return carbon::StatusOfErrno(errno);
-            at += put > 0 ? put : 0;
-        }
-    }
-}
+// Larger buffers copy no faster, and a large file must not take all free memory.
+constexpr ByteCount kLargestCopyBuffer = ByteCount(1) << 20;
 
-OSErr CopyData(const FSRef& inSource, const FSRef& inCopy)
+// One fork of the source into the same fork of the copy. The data fork always exists; a
+// resource fork only when the source has one.
+OSErr CopyFork(const FSRef& inSource, const FSRef& inCopy, const HFSUniStr255& inFork, bool inIsResourceFork)
 {
-    Descriptor from(::open(ExtFileUtils::PathOf(inSource).c_str(), O_RDONLY | O_CLOEXEC));
-    Descriptor to(::open(ExtFileUtils::PathOf(inCopy).c_str(), O_WRONLY | O_TRUNC | O_CLOEXEC));
-    if (from.Get() < 0 || to.Get() < 0)
-        return carbon::StatusOfErrno(errno);
-    constexpr std::size_t kChunk = std::size_t(1) << 30;
-    for (;;) {
-        ssize_t copied = ::copy_file_range(from.Get(), nullptr, to.Get(), nullptr, kChunk, 0);
-        if (copied == 0)
-            return noErr;
-        if (copied > 0 || errno == EINTR)
-            continue;
-        // The offsets have moved past what was copied, so reading carries on from there.
-        if (errno == EXDEV || errno == EINVAL || errno == ENOSYS || errno == EOPNOTSUPP)
-            return CopyByReading(from.Get(), to.Get());
-        return carbon::StatusOfErrno(errno);
-    }
-}
-
-OSErr CopyResourceFork(const FSRef& inSource, const FSRef& inCopy)
-{
-    HFSUniStr255 fork;
-    FSGetResourceForkName(&fork);
     OpenedFork from, to;
-    OSErr status = FSOpenFork(&inSource, fork.length, fork.unicode, fsRdPerm, from.Out());
-    if (status == errFSForkNotFound)
+    OSErr status = FSOpenFork(&inSource, inFork.length, inFork.unicode, fsRdPerm, from.Out());
+    if (status == errFSForkNotFound && inIsResourceFork)
         return noErr;
+    if (status == noErr && inIsResourceFork)
+        status = FSCreateFork(&inCopy, inFork.length, inFork.unicode);
     if (status == noErr)
-        status = FSCreateFork(&inCopy, fork.length, fork.unicode);
-    if (status == noErr)
-        status = FSOpenFork(&inCopy, fork.length, fork.unicode, fsWrPerm, to.Out());
+        status = FSOpenFork(&inCopy, inFork.length, inFork.unicode, fsWrPerm, to.Out());
     if (status != noErr)
         return status;
     SInt64 size = 0;
     FSGetForkSize(from.Get(), &size);
-    TempBuffer buffer{ByteCount(size)};
+    TempBuffer buffer{std::min(ByteCount(size), kLargestCopyBuffer)};
     if (buffer.Get() == nullptr)
         return memFullErr;
     return FSCopyFork(from.Get(), to.Get(), buffer.Get(), buffer.Size());
+}
+
+OSErr CopyForks(const FSRef& inSource, const FSRef& inCopy)
+{
+    HFSUniStr255 data, resource;
+    FSGetDataForkName(&data);
+    FSGetResourceForkName(&resource);
+    OSErr status = CopyFork(inSource, inCopy, data, false);
+    return status == noErr ? CopyFork(inSource, inCopy, resource, true) : status;
 }
 
 OSErr CopyAttributes(const FSRef& inSource, const FSRef& inCopy)
@@ -152,9 +103,7 @@ OSErr FSCopyFile(const FSRef* inSourceRef, const FSRef* inDestDirectory, UniChar
                                        nullptr);
     if (status != noErr)
         return status;
-    status = CopyData(*inSourceRef, copy);
-    if (status == noErr)
-        status = CopyResourceFork(*inSourceRef, copy);
+    status = CopyForks(*inSourceRef, copy);
     if (status == noErr)
         status = CopyAttributes(*inSourceRef, copy);
     if (status != noErr) {

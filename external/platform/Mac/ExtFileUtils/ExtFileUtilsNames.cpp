@@ -1,18 +1,13 @@
 // File specifications, POSIX paths, HFS names, file IDs and the default folder.
 #include "ExtFileUtilsInternal.h"
 
-#include <unistd.h>
+#include <PortSupport/Owned.h>
 
 #include <cerrno>
 #include <cstring>
 #include <memory>
 
 namespace {
-
-struct Releaser {
-    void operator()(CFTypeRef inObject) const { CFRelease(inObject); }
-};
-using OwnedString = std::unique_ptr<const __CFString, Releaser>;
 
 CFStringEncoding EncodingOf(TextEncoding inHint)
 {
@@ -21,10 +16,9 @@ CFStringEncoding EncodingOf(TextEncoding inHint)
 
 OSErr ChangeDirectory(const FSRef& inFolder)
 {
-    std::string path = ExtFileUtils::PathOf(inFolder);
-    if (path.empty())
-        return fnfErr;
-    return ::chdir(path.c_str()) == 0 ? noErr : carbon::StatusOfErrno(errno);
+    FSCatalogInfo info;
+    OSErr status = FSGetCatalogInfo(&inFolder, kFSCatInfoVolume | kFSCatInfoNodeID, &info, nullptr, nullptr, nullptr);
+    return status == noErr ? HSetVol(nullptr, info.volume, SInt32(info.nodeID)) : status;
 }
 
 }  // namespace
@@ -74,17 +68,17 @@ OSErr UnicodeNameGetHFSName(UniCharCount inNameLength, const UniChar* inName, Te
     CFStringEncoding encoding = EncodingOf(inTextEncodingHint);
     if (!CFStringIsEncodingAvailable(encoding))
         return kTextUnsupportedEncodingErr;
-    OwnedString name(CFStringCreateWithCharacters(kCFAllocatorDefault, inName, CFIndex(inNameLength)));
+    port::Owned<CFStringRef> name(CFStringCreateWithCharacters(kCFAllocatorDefault, inName, CFIndex(inNameLength)));
     if (!name)
         return memFullErr;
     const CFRange all = CFRangeMake(0, CFIndex(inNameLength));
     const CFIndex limit = inIsVolumeName ? 27 : 31;
     CFIndex bytes = 0;
-    if (CFStringGetBytes(name.get(), all, encoding, 0, false, nullptr, 0, &bytes) < all.length)
+    if (CFStringGetBytes(name.Get(), all, encoding, 0, false, nullptr, 0, &bytes) < all.length)
         return kTextUndefinedElementErr;
     if (bytes > limit)
         return errFSNameTooLong;
-    CFStringGetBytes(name.get(), all, encoding, 0, false, outHFSName + 1, limit, &bytes);
+    CFStringGetBytes(name.Get(), all, encoding, 0, false, outHFSName + 1, limit, &bytes);
     outHFSName[0] = UInt8(bytes);
     return noErr;
 }
@@ -96,13 +90,13 @@ OSErr HFSNameGetUnicodeName(ConstStr255Param inHFSName, TextEncoding inTextEncod
     CFStringEncoding encoding = EncodingOf(inTextEncodingHint);
     if (!CFStringIsEncodingAvailable(encoding))
         return kTextUnsupportedEncodingErr;
-    OwnedString name(CFStringCreateWithPascalString(kCFAllocatorDefault, inHFSName, encoding));
+    port::Owned<CFStringRef> name(CFStringCreateWithPascalString(kCFAllocatorDefault, inHFSName, encoding));
     if (!name)
         return kTextMalformedInputErr;
-    CFIndex length = CFStringGetLength(name.get());
+    CFIndex length = CFStringGetLength(name.Get());
     if (length > 255)
         return errFSNameTooLong;
-    CFStringGetCharacters(name.get(), CFRangeMake(0, length), outName->unicode);
+    CFStringGetCharacters(name.Get(), CFRangeMake(0, length), outName->unicode);
     outName->length = UInt16(length);
     return noErr;
 }

@@ -3,6 +3,7 @@
 // kind cannot carry out.
 #pragma once
 
+#include <Carbon/Files.h>
 #include <MacTypes.h>
 
 // A volume's attributes as the volume-parameters request reports them. Version 3 of the
@@ -79,6 +80,15 @@ enum : SInt32 {
     bSupportsExtendedFileSecurity = 28,
 };
 
+// A volume's attributes, copied into outInfo up to inBufferSize bytes. File IDs, copying and
+// moving with renaming are the File Manager's own, so every volume has them; case
+// sensitivity and exchanging two items follow the file system.
+OSStatus FSGetVolumeParms(FSVolumeRefNum inVolume, GetVolParmsInfoBuffer* outInfo, ByteCount inBufferSize);
+
+// Makes the folder inDirID of inVolume the default folder, the one that relative paths start
+// from: the process's working folder. inVolName is not used and may be NULL.
+OSErr HSetVol(ConstStringPtr inVolName, FSVolumeRefNum inVolume, SInt32 inDirID);
+
 // What a user or group mapping request asks for.
 enum : SInt16 {
     kOwnerID2Name = 1,
@@ -95,16 +105,21 @@ enum : OSStatus {
     afpObjectTypeErr = -5025,  // the request needs a folder and was given a file
 };
 
-// The file-ID requests' parameter block: only the fields named here are read or written.
-struct FIDParam {
+// The fields every parameter block starts with.
+struct ParamBlockHeader {
     void* qLink;
     SInt16 qType;
     SInt16 ioTrap;
     Ptr ioCmdAddr;
     void* ioCompletion;
     OSErr ioResult;
-    StringPtr ioNamePtr;  // out: the file's name, when not NULL (room for a Str63)
-    SInt16 ioVRefNum;     // in
+    StringPtr ioNamePtr;
+    SInt16 ioVRefNum;
+};
+
+// The file-ID requests' parameter block: only the fields named here are read or written.
+// ioVRefNum is read; ioNamePtr, when not NULL, receives the file's name (room for a Str63).
+struct FIDParam : ParamBlockHeader {
     SInt32 filler14;
     StringPtr ioDestNamePtr;
     SInt32 filler15;
@@ -116,10 +131,27 @@ struct FIDParam {
     SInt32 ioFileID;  // in
 };
 
+// The user and group mapping requests' parameter block: only the fields named here are read
+// or written.
+struct ObjParam : ParamBlockHeader {
+    SInt16 filler7;
+    SInt16 ioObjType;       // in: one of the mapping requests above
+    StringPtr ioObjNamePtr; // the account's name: out (room for a Str31) or in
+    SInt32 ioObjID;         // the user or group ID: in or out
+};
+
 union HParamBlockRec {
     FIDParam fidParam;
+    ObjParam objParam;
 };
 using HParmBlkPtr = HParamBlockRec*;
+
+// The name of a user or group ID (kOwnerID2Name, kGroupID2Name), and the ID of a name
+// (kOwnerName2ID, kGroupName2ID), from the system's account databases; every volume shares
+// them. fnfErr for an account that does not exist, errFSNameTooLong for a name longer than a
+// Str31 holds. The status is also left in ioResult.
+OSErr PBHMapIDSync(HParmBlkPtr ioParamBlock);
+OSErr PBHMapNameSync(HParmBlkPtr ioParamBlock);
 
 // The file that a file ID names on a volume: its name, as a file specification gives it, and
 // its folder's directory ID. A file's ID is its node ID, which stays with it through renames

@@ -34,5 +34,12 @@ enum : SInt8 {
 SInt8 HGetState(Handle inHandle);
 void HSetState(Handle inHandle, SInt8 inFlags);
 
+// Temporary memory is the system's: what the kernel could give without taking it from other
+// processes (the page cache it can drop counts), and the largest block this process may still
+// map under its address-space limit (the largest Size when it has none). *outGrow, when
+// asked, is 0: the system's memory does not grow on request.
+Size TempFreeMem();
+Size TempMaxMem(Size* outGrow);
+
 // The status of the calling thread's last Memory Manager call.
 OSErr MemError();

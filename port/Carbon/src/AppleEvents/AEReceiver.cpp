@@ -6,7 +6,7 @@
 
 #include "AEDispatch.h"
 #include "AEWire.h"
-#include "OwnedFd.h"
+#include <PortSupport/UniqueDescriptor.h>
 #include "Processes/ProcessStat.h"
 
 #include <CoreFoundation/CFFileDescriptor.h>
@@ -108,12 +108,12 @@ public:
         ProcessSerialNumber self{};
         if (GetCurrentProcess(&self) != noErr)
             return false;
-        OwnedFd listener(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
+        port::UniqueDescriptor listener(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
         SocketAddress address = ReceiverAddress(self);
         if (!listener || ::bind(listener.Get(), reinterpret_cast<const sockaddr*>(&address.address), address.length) != 0 ||
             ::listen(listener.Get(), SOMAXCONN) != 0)
             return false;
-        mListener = std::make_unique<WatchedDescriptor>(listener.Release(), Accept, this);
+        mListener = std::make_unique<WatchedDescriptor>(listener.Take(), Accept, this);
         return mListener->Valid();
     }
 
@@ -130,18 +130,18 @@ private:
         auto* receiver = static_cast<Receiver*>(inInfo);
         int fd;
         while ((fd = ::accept4(receiver->mListener->Fd(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC)) >= 0)
-            receiver->Admit(OwnedFd(fd));
+            receiver->Admit(port::UniqueDescriptor(fd));
         receiver->mListener->Watch();
     }
 
     // Only processes of the same user may send events; others are hung up on.
-    void Admit(OwnedFd inFd)
+    void Admit(port::UniqueDescriptor inFd)
     {
         pid_t peer = 0;
         if (!TrustedPeer(inFd.Get(), std::nullopt, &peer))
             return;
         auto* connection = new Connection{this, peer, nullptr};
-        connection->watch = std::make_unique<WatchedDescriptor>(inFd.Release(), Read, connection);
+        connection->watch = std::make_unique<WatchedDescriptor>(inFd.Take(), Read, connection);
         std::lock_guard guard(mLock);
         mConnections.insert(connection);
     }

@@ -3,7 +3,7 @@
 #include "AERemote.h"
 
 #include "AEWire.h"
-#include "OwnedFd.h"
+#include <PortSupport/UniqueDescriptor.h>
 #include "Processes/ProcessStat.h"
 
 #include <poll.h>
@@ -99,7 +99,7 @@ OSErr SendOverSocket(const AppleEvent& inEvent, const ProcessSerialNumber& inPSN
     if (message.size() > kLargestMessage)
         return errAEEventFailed;
 
-    OwnedFd connection(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
+    port::UniqueDescriptor connection(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
     if (!connection)
         return connectionInvalid;
     if (OSErr status = Connect(connection.Get(), inPSN); status != noErr)

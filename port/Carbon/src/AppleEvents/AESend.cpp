@@ -3,7 +3,7 @@
 #include "AEDispatch.h"
 #include "AERemote.h"
 #include "AEValue.h"
-#include "OwnedFd.h"
+#include <PortSupport/UniqueDescriptor.h>
 #include "Processes/ProcessStat.h"
 
 #include <Carbon/Processes.h>
@@ -110,7 +110,7 @@ OSErr SignalStatus(int inErrno)
 // even if its id has been reused since; the signal then cannot reach a newcomer.
 OSErr SignalQuit(const Target& inTarget)
 {
-    OwnedFd process(int(::syscall(SYS_pidfd_open, inTarget.pid, 0)));
+    port::UniqueDescriptor process(int(::syscall(SYS_pidfd_open, inTarget.pid, 0)));
     if (!process && errno != ENOSYS)
         return SignalStatus(errno);
     if (!ResolveProcess(inTarget.psn))

@@ -4,6 +4,9 @@
 
 #include <Carbon/AEDataModel.h>
 #include <CoreFoundation/CFString.h>
+#include <PortSupport/Owned.h>
+
+#include <unicode/utf16.h>
 
 #include <cstring>
 #include <memory>
@@ -14,9 +17,6 @@ namespace {
 
 constexpr char16_t kByteOrderMark = 0xFEFF;
 constexpr char16_t kSwappedByteOrderMark = 0xFFFE;
-
-bool IsHighSurrogate(UInt32 inUnit) { return inUnit >= 0xD800 && inUnit <= 0xDBFF; }
-bool IsLowSurrogate(UInt32 inUnit) { return inUnit >= 0xDC00 && inUnit <= 0xDFFF; }
 
 // One code point from UTF-8, refusing overlong forms, surrogates and values past U+10FFFF.
 std::optional<UInt32> NextCodePoint(std::span<const UInt8>& ioBytes)
@@ -33,7 +33,7 @@ std::optional<UInt32> NextCodePoint(std::span<const UInt8>& ioBytes)
         point = point << 6 | (ioBytes[i] & 0x3F);
     }
     ioBytes = ioBytes.subspan(length);
-    if (point < kSmallest[length] || point > 0x10FFFF || IsHighSurrogate(point) || IsLowSurrogate(point))
+    if (point < kSmallest[length] || point > 0x10FFFF || U_IS_SURROGATE(point))
         return std::nullopt;
     return point;
 }
@@ -46,11 +46,11 @@ std::optional<std::u16string> DecodeUTF8(std::span<const UInt8> inBytes)
         std::optional<UInt32> point = NextCodePoint(inBytes);
         if (!point)
             return std::nullopt;
-        if (*point < 0x10000) {
+        if (U_IS_BMP(*point)) {
             text.push_back(char16_t(*point));
         } else {
-            text.push_back(char16_t(0xD800 + ((*point - 0x10000) >> 10)));
-            text.push_back(char16_t(0xDC00 + ((*point - 0x10000) & 0x3FF)));
+            text.push_back(U16_LEAD(*point));
+            text.push_back(U16_TRAIL(*point));
         }
     }
     return text;
@@ -78,9 +78,10 @@ std::optional<std::vector<UInt8>> EncodeUTF8(const std::u16string& inText)
     bytes.reserve(inText.size());
     for (std::size_t i = 0; i < inText.size(); ++i) {
         UInt32 unit = inText[i];
-        if (IsHighSurrogate(unit) && i + 1 < inText.size() && IsLowSurrogate(inText[i + 1])) {
-            unit = 0x10000 + ((unit - 0xD800) << 10) + (inText[++i] - 0xDC00);
-        } else if (IsHighSurrogate(unit) || IsLowSurrogate(unit)) {
+        if (U16_IS_LEAD(unit) && i + 1 < inText.size() && U16_IS_TRAIL(inText[i + 1])) {
+            unit = U16_GET_SUPPLEMENTARY(unit, inText[i + 1]);
+            ++i;
+        } else if (U16_IS_SURROGATE(unit)) {
             return std::nullopt;
         }
         AppendUTF8(unit, bytes);
@@ -106,18 +107,13 @@ std::optional<std::u16string> DecodeUTF16(std::span<const UInt8> inBytes)
     return text;
 }
 
-struct ReleaseString {
-    void operator()(CFStringRef inString) const { CFRelease(inString); }
-};
-using OwnedString = std::unique_ptr<const __CFString, ReleaseString>;
-
 std::optional<std::u16string> DecodeSystem(std::span<const UInt8> inBytes, CFStringEncoding inEncoding)
 {
-    OwnedString string(CFStringCreateWithBytes(nullptr, inBytes.data(), CFIndex(inBytes.size()), inEncoding, false));
+    port::Owned<CFStringRef> string(CFStringCreateWithBytes(nullptr, inBytes.data(), CFIndex(inBytes.size()), inEncoding, false));
     if (!string)
         return std::nullopt;
-    std::u16string text(std::size_t(CFStringGetLength(string.get())), u'\0');
-    CFStringGetCharacters(string.get(), CFRangeMake(0, CFIndex(text.size())),
+    std::u16string text(std::size_t(CFStringGetLength(string.Get())), u'\0');
+    CFStringGetCharacters(string.Get(), CFRangeMake(0, CFIndex(text.size())),
                           reinterpret_cast<UniChar*>(text.data()));
     return text;
 }
@@ -127,12 +123,12 @@ std::optional<std::vector<UInt8>> EncodeSystem(const std::u16string& inText, CFS
 {
     if (inText.find(u'\0') != std::u16string::npos)
         return std::nullopt;
-    OwnedString string(
+    port::Owned<CFStringRef> string(
         CFStringCreateWithCharacters(nullptr, reinterpret_cast<const UniChar*>(inText.data()), CFIndex(inText.size())));
     if (!string)
         return std::nullopt;
     std::vector<char> buffer(std::size_t(CFStringGetMaximumSizeForEncoding(CFIndex(inText.size()), inEncoding)) + 1);
-    if (!CFStringGetCString(string.get(), buffer.data(), CFIndex(buffer.size()), inEncoding))
+    if (!CFStringGetCString(string.Get(), buffer.data(), CFIndex(buffer.size()), inEncoding))
         return std::nullopt;
     return std::vector<UInt8>(buffer.data(), buffer.data() + std::strlen(buffer.data()));
 }

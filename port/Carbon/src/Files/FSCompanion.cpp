@@ -2,7 +2,7 @@
 #include "FSCompanion.h"
 
 #include "FSNames.h"
-#include "OwnedFd.h"
+#include <PortSupport/UniqueDescriptor.h>
 
 #include <Carbon/FSErrno.h>
 #include <Carbon/MacErrors.h>
@@ -84,7 +84,7 @@ OSErr SetAside(int inFolder, const std::string& inName)
 
 // A name that cannot be any item's companion clash: the '#' and random digits after the
 // prefix make it one only of an item nobody would name so.
-OwnedFd CreateTemporary(int inFolder, std::string& outName)
+port::UniqueDescriptor CreateTemporary(int inFolder, std::string& outName)
 {
     for (int attempt = 0; attempt < 16; ++attempt) {
         UInt64 random = 0;
@@ -92,13 +92,13 @@ OwnedFd CreateTemporary(int inFolder, std::string& outName)
             random = UInt64(::getpid()) << 32 ^ UInt64(attempt);
         char name[32];
         std::snprintf(name, sizeof name, "._#%012llx", (unsigned long long)(random & 0xFFFFFFFFFFFFull));
-        OwnedFd file(::openat(inFolder, name, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+        port::UniqueDescriptor file(::openat(inFolder, name, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
         if (file || errno != EEXIST) {
             outName = name;
             return file;
         }
     }
-    return OwnedFd();
+    return port::UniqueDescriptor();
 }
 
 }  // namespace
@@ -166,7 +166,7 @@ Companion ReadCompanion(int inFolder, std::string_view inItemName)
     std::string name = CompanionName(inItemName);
     if (name.size() > NAME_MAX)
         return {};
-    OwnedFd file(::openat(inFolder, name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+    port::UniqueDescriptor file(::openat(inFolder, name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
     if (!file)
         return {errno == ENOENT ? Companion::State::Absent : Companion::State::Malformed, {}};
     std::vector<UInt8> bytes;
@@ -189,7 +189,7 @@ OSErr WriteCompanion(int inFolder, std::string_view inItemName, const AppleDoubl
         return noErr;
     }
     std::string temporary;
-    OwnedFd file = CreateTemporary(inFolder, temporary);
+    port::UniqueDescriptor file = CreateTemporary(inFolder, temporary);
     if (!file)
         return LastStatus();
     std::vector<UInt8> bytes = SerializeAppleDouble(inContents);

@@ -46,7 +46,7 @@ struct OpenFork {
     bool canWrite = false;
     SInt8 permissions = 0;
     std::atomic<SInt64> mark{0};
-    OwnedFd data;
+    port::UniqueDescriptor data;
     std::shared_ptr<ResourceFork> resource;
 };
 

@@ -67,7 +67,7 @@ UInt64 BirthOf(const struct statx& inStatus)
     return UInt64(inStatus.stx_btime.tv_sec) * 1000000000u + inStatus.stx_btime.tv_nsec + 1;
 }
 
-SharedFd Share(int inFd) { return inFd >= 0 ? std::make_shared<const OwnedFd>(inFd) : nullptr; }
+SharedFd Share(int inFd) { return inFd >= 0 ? std::make_shared<const port::UniqueDescriptor>(inFd) : nullptr; }
 
 std::string ReadLink(int inFd)
 {

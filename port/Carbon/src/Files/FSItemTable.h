@@ -8,7 +8,7 @@
 // item, or to a new item that reuses the inode, no longer matches and answers fnfErr.
 #pragma once
 
-#include "OwnedFd.h"
+#include <PortSupport/UniqueDescriptor.h>
 
 #include <Carbon/Files.h>
 
@@ -27,7 +27,7 @@ struct ItemKey {
     bool operator==(const ItemKey&) const = default;
 };
 
-using SharedFd = std::shared_ptr<const OwnedFd>;
+using SharedFd = std::shared_ptr<const port::UniqueDescriptor>;
 
 // Whether finding an item gives it a descriptor of its own. The descriptor is what lets a
 // reference follow its item through renames and moves by other processes. An item that is

@@ -198,7 +198,7 @@ OSErr OpenListing(OpaqueFSIterator& ioIterator)
     int folder = ::openat(listing->folder.Self(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (folder < 0)
         return LastStatus();
-    listing->folder.self = std::make_shared<const OwnedFd>(folder);
+    listing->folder.self = std::make_shared<const port::UniqueDescriptor>(folder);
     if (ioIterator.position != 0 && ::lseek(folder, ioIterator.position, SEEK_SET) < 0)
         return LastStatus();
     if (ioIterator.forDeletion && !ioIterator.scannedForCompanions && ioIterator.position == 0) {

@@ -6,6 +6,8 @@
 #include <Carbon/MacErrors.h>
 #include <CoreFoundation/CFString.h>
 
+#include <unicode/utf16.h>
+
 #include <limits.h>
 
 namespace carbon {
@@ -52,7 +54,7 @@ std::pair<char32_t, std::size_t> DecodeOne(std::string_view inBytes)
         code = (code << 6) | (byte(at) & 0x3F);
     }
     static constexpr char32_t kSmallest[] = {0, 0, 0x80, 0x800, 0x10000};
-    if (code < kSmallest[length] || code > 0x10FFFF || (code >= 0xD800 && code <= 0xDFFF))
+    if (code < kSmallest[length] || code > 0x10FFFF || U_IS_SURROGATE(code))
         return {0, 0};
     return {code, length};
 }
@@ -83,13 +85,12 @@ bool EncodeUTF8(std::u16string_view inText, std::string& outBytes)
     outBytes.clear();
     for (std::size_t at = 0; at < inText.size(); ++at) {
         char16_t unit = inText[at];
-        if (unit >= 0xD800 && unit <= 0xDBFF && at + 1 < inText.size() && inText[at + 1] >= 0xDC00 &&
-            inText[at + 1] <= 0xDFFF) {
-            AppendUTF8(0x10000 + ((char32_t(unit) - 0xD800) << 10) + (inText[at + 1] - 0xDC00), outBytes);
+        if (U16_IS_LEAD(unit) && at + 1 < inText.size() && U16_IS_TRAIL(inText[at + 1])) {
+            AppendUTF8(char32_t(U16_GET_SUPPLEMENTARY(unit, inText[at + 1])), outBytes);
             ++at;
         } else if (IsEscape(unit)) {
             outBytes += char(unit - kEscapeBase);
-        } else if (unit >= 0xD800 && unit <= 0xDFFF) {
+        } else if (U16_IS_SURROGATE(unit)) {
             return false;
         } else {
             AppendUTF8(unit, outBytes);

@@ -2,12 +2,13 @@
 #include "FSItemTable.h"
 #include "FSNames.h"
 #include "FSVolumes.h"
-#include "OwnedFd.h"
+#include <PortSupport/UniqueDescriptor.h>
 #include "UTCDates.h"
 
 #include <Carbon/MacErrors.h>
 
 #include <fcntl.h>
+#include <sys/statfs.h>
 #include <sys/statvfs.h>
 #include <sys/sysmacros.h>
 #include <unistd.h>
@@ -44,7 +45,7 @@ bool MediaIsReadOnly(dev_t inDevice)
 {
     std::string path = "/sys/dev/block/" + std::to_string(major(inDevice)) + ":" + std::to_string(minor(inDevice)) + "/ro";
     char flag = '0';
-    OwnedFd file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    port::UniqueDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
     return file && ::read(file.Get(), &flag, 1) == 1 && flag == '1';
 }
 
@@ -75,6 +76,18 @@ void FillSpace(const VolumeRecord& inVolume, FSVolumeInfoBitmap inWhichInfo, FSV
         outInfo.flags = (space.f_flag & ST_RDONLY) ? LockOf(inVolume.device) : 0;
 }
 
+// The file system's type (the kernel's magic number) in two halves: the low half as the
+// file-system ID, the high half as the signature.
+void FillFileSystem(const VolumeRecord& inVolume, FSVolumeInfo& outInfo)
+{
+    struct statfs status{};
+    if (!inVolume.mountPoint.empty())
+        ::statfs(inVolume.mountPoint.c_str(), &status);
+    auto magic = UInt32(status.f_type);
+    outInfo.filesystemID = UInt16(magic & 0xFFFF);
+    outInfo.signature = UInt16(magic >> 16);
+}
+
 void FillInfo(const VolumeRecord& inVolume, FSVolumeInfoBitmap inWhichInfo, FSVolumeInfo& outInfo)
 {
     FillDates(inVolume, inWhichInfo, outInfo);
@@ -93,10 +106,8 @@ void FillInfo(const VolumeRecord& inVolume, FSVolumeInfoBitmap inWhichInfo, FSVo
         outInfo.nextCatalogID = 0;
     if (inWhichInfo & kFSVolInfoFinderInfo)
         std::memset(outInfo.finderInfo, 0, sizeof outInfo.finderInfo);
-    if (inWhichInfo & kFSVolInfoFSInfo) {
-        outInfo.filesystemID = 0;
-        outInfo.signature = 0;
-    }
+    if (inWhichInfo & kFSVolInfoFSInfo)
+        FillFileSystem(inVolume, outInfo);
     if (inWhichInfo & kFSVolInfoDriveInfo) {
         outInfo.driveNumber = 0;
         outInfo.driverRefNum = 0;

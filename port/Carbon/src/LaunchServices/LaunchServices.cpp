@@ -2,7 +2,6 @@
 #include <Carbon/LaunchServices.h>
 
 #include "LaunchServicesBundle.h"
-#include "LaunchServicesOwned.h"
 #include "LaunchServicesPlan.h"
 #include "LaunchServicesSpawn.h"
 

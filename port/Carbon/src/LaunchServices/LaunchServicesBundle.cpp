@@ -1,11 +1,11 @@
 // Reading a bundle's information dictionary for Launch Services.
 #include "LaunchServicesBundle.h"
 
-#include "LaunchServicesOwned.h"
 
 #include <CoreFoundation/CFBundle.h>
 #include <CoreFoundation/CFNumber.h>
 #include <CoreFoundation/CFRuntime.h>
+#include <PortSupport/Owned.h>
 
 #include <sys/stat.h>
 
@@ -34,11 +34,11 @@ bool FlagValue(CFBundleRef inBundle, CFStringRef inKey)
     return text == "1" || text == "YES" || text == "true";
 }
 
-Owned<CFBundleRef> OpenBundle(const std::string& inPath)
+port::Owned<CFBundleRef> OpenBundle(const std::string& inPath)
 {
-    Owned<CFURLRef> url(CFURLCreateFromFileSystemRepresentation(
+    port::Owned<CFURLRef> url(CFURLCreateFromFileSystemRepresentation(
         nullptr, reinterpret_cast<const UInt8*>(inPath.data()), CFIndex(inPath.size()), true));
-    return Owned<CFBundleRef>(url ? CFBundleCreate(nullptr, url.get()) : nullptr);
+    return port::Owned<CFBundleRef>(url ? CFBundleCreate(nullptr, url.Get()) : nullptr);
 }
 
 }  // namespace
@@ -51,19 +51,19 @@ bool IsBundleFolder(const std::string& inPath)
 
 std::optional<BundleFacts> ReadBundle(const std::string& inPath)
 {
-    Owned<CFBundleRef> bundle = OpenBundle(inPath);
+    port::Owned<CFBundleRef> bundle = OpenBundle(inPath);
     if (!bundle)
         return std::nullopt;
     BundleFacts facts;
     UInt32 type = 0;
-    CFBundleGetPackageInfo(bundle.get(), &type, nullptr);
+    CFBundleGetPackageInfo(bundle.Get(), &type, nullptr);
     facts.isApplication = type == FourCC("APPL") || type == FourCC("????");
-    facts.backgroundOnly = FlagValue(bundle.get(), CFSTR("LSBackgroundOnly"));
-    std::string executable = StringValue(bundle.get(), kCFBundleExecutableKey);
+    facts.backgroundOnly = FlagValue(bundle.Get(), CFSTR("LSBackgroundOnly"));
+    std::string executable = StringValue(bundle.Get(), kCFBundleExecutableKey);
     // A name with a slash would reach outside Contents/MacOS.
     if (!executable.empty() && executable.find('/') == std::string::npos)
         facts.executable = inPath + std::string(kExecutableFolder) + executable;
-    facts.name = StringValue(bundle.get(), kCFBundleNameKey);
+    facts.name = StringValue(bundle.Get(), kCFBundleNameKey);
     return facts;
 }
 

@@ -2,12 +2,12 @@
 #include "LaunchServicesPlan.h"
 
 #include "LaunchServicesBundle.h"
-#include "LaunchServicesOwned.h"
 #include "Processes/ProcessApplication.h"
 
 #include <Carbon/MacErrors.h>
 #include <Carbon/Processes.h>
 #include <CoreFoundation/CFRuntime.h>
+#include <PortSupport/Owned.h>
 
 #include <limits.h>
 #include <sys/stat.h>
@@ -95,16 +95,16 @@ OSStatus ItemOf(CFURLRef inURL, Item& outItem)
 {
     if (inURL == nullptr)
         return paramErr;
-    Owned<CFURLRef> absolute(CFURLCopyAbsoluteURL(inURL));
-    Owned<CFStringRef> scheme(absolute ? CFURLCopyScheme(absolute.get()) : nullptr);
+    port::Owned<CFURLRef> absolute(CFURLCopyAbsoluteURL(inURL));
+    port::Owned<CFStringRef> scheme(absolute ? CFURLCopyScheme(absolute.Get()) : nullptr);
     if (!scheme)
         return paramErr;
-    if (CFStringCompare(scheme.get(), CFSTR("file"), kCFCompareCaseInsensitive) != kCFCompareEqualTo) {
-        outItem = Item{cf::UTF8(CFURLGetString(absolute.get())), false};
+    if (CFStringCompare(scheme.Get(), CFSTR("file"), kCFCompareCaseInsensitive) != kCFCompareEqualTo) {
+        outItem = Item{cf::UTF8(CFURLGetString(absolute.Get())), false};
         return noErr;
     }
     char path[PATH_MAX];
-    if (!CFURLGetFileSystemRepresentation(absolute.get(), true, reinterpret_cast<UInt8*>(path), sizeof path))
+    if (!CFURLGetFileSystemRepresentation(absolute.Get(), true, reinterpret_cast<UInt8*>(path), sizeof path))
         return fnfErr;
     outItem = Item{path, true};
     return noErr;

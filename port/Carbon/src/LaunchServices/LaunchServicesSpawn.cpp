@@ -12,7 +12,7 @@
 // launcher reads end-of-file when the program runs, or the errno of the failure.
 #include "LaunchServicesSpawn.h"
 
-#include "OwnedFd.h"
+#include <PortSupport/UniqueDescriptor.h>
 
 #include <Carbon/MacErrors.h>
 
@@ -165,14 +165,14 @@ OSStatus ReadExecOutcome(int inStatusFd)
 }
 
 // The pipe must not sit on a standard descriptor, which the new process replaces.
-bool MakeStatusPipe(OwnedFd& outRead, OwnedFd& outWrite)
+bool MakeStatusPipe(port::UniqueDescriptor& outRead, port::UniqueDescriptor& outWrite)
 {
     int ends[2];
     if (::pipe2(ends, O_CLOEXEC) != 0)
         return false;
     outRead.Reset(ends[0]);
     outWrite.Reset(ends[1]);
-    for (OwnedFd* end : {&outRead, &outWrite})
+    for (port::UniqueDescriptor* end : {&outRead, &outWrite})
         if (end->Get() <= STDERR_FILENO)
             end->Reset(::fcntl(end->Get(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
     return outRead && outWrite;
@@ -207,7 +207,7 @@ OSStatus StatusOfSpawnErrno(int inErrno)
 OSStatus SpawnDetached(const std::string& inProgram, std::span<const std::string> inArguments)
 {
     ExecImage image(inProgram, inArguments);
-    OwnedFd statusRead, statusWrite;
+    port::UniqueDescriptor statusRead, statusWrite;
     if (!MakeStatusPipe(statusRead, statusWrite))
         return StatusOfSpawnErrno(errno);
 

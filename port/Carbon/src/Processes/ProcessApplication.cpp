@@ -1,11 +1,12 @@
 // Finding a process's application: its executable, the bundle around it, the name it goes by.
 #include "ProcessApplication.h"
 
-#include "OwnedFd.h"
+#include <PortSupport/UniqueDescriptor.h>
 
 #include <CoreFoundation/CFDictionary.h>
 #include <CoreFoundation/CFPropertyList.h>
 #include <CoreFoundation/CFString.h>
+#include <PortSupport/Owned.h>
 
 #include <fcntl.h>
 #include <limits.h>
@@ -33,15 +34,9 @@ std::string_view LastComponent(std::string_view inPath)
 // An information dictionary is a few kilobytes; anything far larger is not one.
 constexpr std::size_t kLargestInfoFile = 1 << 20;
 
-struct Release {
-    void operator()(CFTypeRef inObject) const { CFRelease(inObject); }
-};
-template <class Ref>
-using Owned = std::unique_ptr<std::remove_pointer_t<Ref>, Release>;
-
 std::optional<std::vector<UInt8>> ReadSmallFile(const std::string& inPath)
 {
-    OwnedFd file(::open(inPath.c_str(), O_RDONLY | O_CLOEXEC));
+    port::UniqueDescriptor file(::open(inPath.c_str(), O_RDONLY | O_CLOEXEC));
     if (!file)
         return std::nullopt;
     std::vector<UInt8> bytes(kLargestInfoFile + 1);
@@ -115,12 +110,12 @@ BundleCodes ReadBundleCodes(std::string_view inBundlePath)
     std::optional<std::vector<UInt8>> bytes = ReadSmallFile(std::string(inBundlePath) + "/Contents/Info.plist");
     if (!bytes)
         return codes;
-    Owned<CFDataRef> data(CFDataCreate(nullptr, bytes->data(), CFIndex(bytes->size())));
-    Owned<CFPropertyListRef> plist(
-        data ? CFPropertyListCreateWithData(nullptr, data.get(), kCFPropertyListImmutable, nullptr, nullptr) : nullptr);
-    if (!plist || CFGetTypeID(plist.get()) != CFDictionaryGetTypeID())
+    port::Owned<CFDataRef> data(CFDataCreate(nullptr, bytes->data(), CFIndex(bytes->size())));
+    port::Owned<CFPropertyListRef> plist(
+        data ? CFPropertyListCreateWithData(nullptr, data.Get(), kCFPropertyListImmutable, nullptr, nullptr) : nullptr);
+    if (!plist || CFGetTypeID(plist.Get()) != CFDictionaryGetTypeID())
         return codes;
-    auto info = static_cast<CFDictionaryRef>(plist.get());
+    auto info = static_cast<CFDictionaryRef>(plist.Get());
     codes.type = CodeOf(CFDictionaryGetValue(info, CFSTR("CFBundlePackageType"))).value_or(codes.type);
     codes.signature = CodeOf(CFDictionaryGetValue(info, CFSTR("CFBundleSignature"))).value_or(codes.signature);
     return codes;

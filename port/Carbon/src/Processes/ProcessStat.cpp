@@ -1,7 +1,7 @@
 // Reading /proc/<pid>/stat.
 #include "ProcessStat.h"
 
-#include "OwnedFd.h"
+#include <PortSupport/UniqueDescriptor.h>
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -38,7 +38,7 @@ std::optional<std::string> ReadStatLine(pid_t inPID)
 {
     char path[32];
     std::snprintf(path, sizeof path, "/proc/%d/stat", int(inPID));
-    OwnedFd fd(::open(path, O_RDONLY | O_CLOEXEC));
+    port::UniqueDescriptor fd(::open(path, O_RDONLY | O_CLOEXEC));
     if (!fd)
         return std::nullopt;
     std::array<char, 4096> buffer;

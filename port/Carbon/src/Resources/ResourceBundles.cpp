@@ -3,6 +3,7 @@
 #include <Carbon/CFBundleResources.h>
 #include <Carbon/CFURLFSRef.h>
 #include <Carbon/MacErrors.h>
+#include <PortSupport/Owned.h>
 
 #include <memory>
 #include <mutex>
@@ -10,12 +11,6 @@
 #include <unordered_map>
 
 namespace {
-
-struct Release {
-    void operator()(CFTypeRef inObject) const { CFRelease(inObject); }
-};
-template <class Ref>
-using Owned = std::unique_ptr<std::remove_pointer_t<Ref>, Release>;
 
 // Which localized file was opened together with each file that the map calls answered, so
 // that closing the one closes the other.
@@ -30,24 +25,24 @@ Companions& SharedCompanions()
     return *sCompanions;
 }
 
-Owned<CFURLRef> MainFileURL(CFBundleRef inBundle)
+port::Owned<CFURLRef> MainFileURL(CFBundleRef inBundle)
 {
     CFTypeRef executable = CFBundleGetValueForInfoDictionaryKey(inBundle, kCFBundleExecutableKey);
     if (executable == nullptr || CFGetTypeID(executable) != CFStringGetTypeID())
-        return nullptr;
-    Owned<CFURLRef> folder(CFBundleCopyResourcesDirectoryURL(inBundle));
+        return {};
+    port::Owned<CFURLRef> folder(CFBundleCopyResourcesDirectoryURL(inBundle));
     if (!folder)
-        return nullptr;
-    Owned<CFURLRef> file(CFURLCreateCopyAppendingPathComponent(nullptr, folder.get(),
+        return {};
+    port::Owned<CFURLRef> file(CFURLCreateCopyAppendingPathComponent(nullptr, folder.Get(),
                                                                static_cast<CFStringRef>(executable), false));
     if (!file)
-        return nullptr;
-    return Owned<CFURLRef>(CFURLCreateCopyAppendingPathExtension(nullptr, file.get(), CFSTR("rsrc")));
+        return {};
+    return port::Owned<CFURLRef>(CFURLCreateCopyAppendingPathExtension(nullptr, file.Get(), CFSTR("rsrc")));
 }
 
-Owned<CFURLRef> LocalizedFileURL(CFBundleRef inBundle)
+port::Owned<CFURLRef> LocalizedFileURL(CFBundleRef inBundle)
 {
-    return Owned<CFURLRef>(CFBundleCopyResourceURL(inBundle, CFSTR("Localized"), CFSTR("rsrc"), nullptr));
+    return port::Owned<CFURLRef>(CFBundleCopyResourceURL(inBundle, CFSTR("Localized"), CFSTR("rsrc"), nullptr));
 }
 
 // fnfErr when there is no such file.
@@ -75,8 +70,8 @@ SInt32 CFBundleOpenBundleResourceFiles(CFBundleRef inBundle, ResFileRefNum* outR
     if (inBundle == nullptr)
         return paramErr;
     ResFileRefNum main = kResFileNotOpened, localized = kResFileNotOpened;
-    OSErr mainStatus = OpenFile(MainFileURL(inBundle).get(), main);
-    OSErr localizedStatus = OpenFile(LocalizedFileURL(inBundle).get(), localized);
+    OSErr mainStatus = OpenFile(MainFileURL(inBundle).Get(), main);
+    OSErr localizedStatus = OpenFile(LocalizedFileURL(inBundle).Get(), localized);
     if (outRefNum)
         *outRefNum = main;
     if (outLocalizedRefNum)

@@ -4,6 +4,7 @@
 
 #include <CoreFoundation/CFDictionary.h>
 #include <CoreFoundation/CFURL.h>
+#include <PortSupport/Owned.h>
 
 #include <optional>
 #include <string>
@@ -13,32 +14,7 @@
 
 namespace cf::bundle {
 
-// One reference, given back when it goes.
-template <class Ref>
-class Owned {
-public:
-    Owned() = default;
-    explicit Owned(Ref inRef) : mRef(inRef) {}
-    Owned(Owned&& ioOther) noexcept : mRef(std::exchange(ioOther.mRef, nullptr)) {}
-    Owned& operator=(Owned&& ioOther) noexcept
-    {
-        std::swap(mRef, ioOther.mRef);
-        return *this;
-    }
-    ~Owned()
-    {
-        if (mRef)
-            CFRelease(mRef);
-    }
-
-    Ref Get() const { return mRef; }
-    explicit operator bool() const { return mRef != nullptr; }
-    // Hands the reference to the caller.
-    Ref Take() { return std::exchange(mRef, nullptr); }
-
-private:
-    Ref mRef = nullptr;
-};
+using port::Owned;
 
 // inFolder + '/' + inName; an empty name answers the folder itself.
 std::string Join(std::string_view inFolder, std::string_view inName);

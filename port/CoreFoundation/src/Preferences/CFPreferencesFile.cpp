@@ -4,6 +4,7 @@
 #include <CoreFoundation/CFData.h>
 #include <CoreFoundation/CFDictionary.h>
 #include <CoreFoundation/CFRuntime.h>
+#include <PortSupport/UniqueDescriptor.h>
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -21,22 +22,6 @@
 namespace cf::prefs {
 
 namespace {
-
-// A file descriptor, closed when it goes.
-class Descriptor {
-public:
-    explicit Descriptor(int inDescriptor = -1) : mDescriptor(inDescriptor) {}
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    ~Descriptor() { Close(); }
-
-    int Get() const { return mDescriptor; }
-    bool Valid() const { return mDescriptor >= 0; }
-    bool Close() { return mDescriptor < 0 || close(std::exchange(mDescriptor, -1)) == 0; }
-
-private:
-    int mDescriptor;
-};
 
 std::string FolderOf(const std::string& inPath) { return inPath.substr(0, inPath.rfind('/')); }
 std::string LeafOf(const std::string& inPath) { return inPath.substr(inPath.rfind('/') + 1); }
@@ -199,12 +184,12 @@ DomainFile ReadDomainFile(const std::string& inPath, bool inWritable)
 {
     // Another process may replace the file while it is read; the new one is read then.
     for (int attempt = 0; attempt < 3; ++attempt) {
-        Descriptor file(open(inPath.c_str(), O_RDONLY | O_CLOEXEC));
-        if (!file.Valid() && errno == ENOENT)
+        port::UniqueDescriptor file(open(inPath.c_str(), O_RDONLY | O_CLOEXEC));
+        if (!file && errno == ENOENT)
             return {FileIdentity(), EmptyDictionary(), true};
         struct stat status {};
         std::string bytes;
-        if (!file.Valid() || fstat(file.Get(), &status) != 0 || !ReadAll(file.Get(), bytes)) {
+        if (!file || fstat(file.Get(), &status) != 0 || !ReadAll(file.Get(), bytes)) {
             int error = errno;
             Report(inPath, Reason("reading failed", error), "The settings in it are not used.");
             return {FileIdentity::Of(inPath), EmptyDictionary(), false};
@@ -228,10 +213,10 @@ bool ReplaceDomainFile(const std::string& inPath, std::string_view inBytes, File
         outError = Reason("creating the folder failed", errno);
         return false;
     }
-    Descriptor folderDescriptor(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    port::UniqueDescriptor folderDescriptor(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     std::string temporary = folder + "/." + LeafOf(inPath) + ".XXXXXX";
-    Descriptor file(mkostemp(temporary.data(), O_CLOEXEC));
-    if (!file.Valid()) {
+    port::UniqueDescriptor file(mkostemp(temporary.data(), O_CLOEXEC));
+    if (!file) {
         outError = Reason("creating a temporary file failed", errno);
         return false;
     }
@@ -242,7 +227,7 @@ bool ReplaceDomainFile(const std::string& inPath, std::string_view inBytes, File
         return false;
     }
     // The rename is durable only once the folder is flushed too.
-    if (folderDescriptor.Valid())
+    if (folderDescriptor)
         fsync(folderDescriptor.Get());
     // Its status after the rename (which changes it), so that the file is known as ours.
     struct stat status {};

@@ -6,6 +6,7 @@
 #include <CoreFoundation/CFPreferences.h>
 #include <CoreFoundation/CFRuntime.h>
 #include <CoreFoundation/CFUserFolders.h>
+#include <PortSupport/InstallLocations.h>
 
 #include <unistd.h>
 
@@ -16,8 +17,6 @@ namespace cf::prefs {
 
 namespace {
 
-// The installation's etc folder, from the build.
-constexpr const char* kSystemConfigFolder = SPINDECK_SYSCONFDIR;
 // The domain of kCFPreferencesAnyApplication, under the name the platform gives it.
 constexpr const char* kGlobalDomain = ".GlobalPreferences";
 
@@ -27,7 +26,8 @@ std::string UserFolder()
     return config.empty() ? "" : config + "/preferences";
 }
 
-std::string SystemFolder() { return std::string(kSystemConfigFolder) + "/preferences"; }
+// Preferences for every user are read from the installation's etc folder.
+std::string SystemFolder() { return std::string(port::install::kConfigurationFolder) + "/preferences"; }
 
 std::string HostName()
 {

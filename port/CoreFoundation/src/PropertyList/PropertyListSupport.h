@@ -1,11 +1,11 @@
-// What the property-list readers and writers and the preferences store share: an owning
-// holder for references, the nesting limit, and constructors of values that honour the
-// mutability options.
+// What the property-list readers and writers and the preferences store share: the nesting
+// limit, and constructors of values that honour the mutability options.
 #pragma once
 
 #include <CoreFoundation/CFArray.h>
 #include <CoreFoundation/CFDictionary.h>
 #include <CoreFoundation/CFPropertyList.h>
+#include <PortSupport/Owned.h>
 
 #include <span>
 #include <string>
@@ -19,36 +19,7 @@ namespace cf::plist {
 // this is refused instead of exhausting the stack.
 inline constexpr int kMaxDepth = 512;
 
-// Owns one reference and releases it when it goes.
-template <class Ref>
-class Owned {
-public:
-    Owned() = default;
-    explicit Owned(Ref inRef) : mRef(inRef) {}
-    Owned(Owned&& ioOther) noexcept : mRef(std::exchange(ioOther.mRef, nullptr)) {}
-    Owned& operator=(Owned&& ioOther) noexcept
-    {
-        if (this != &ioOther)
-            Reset(std::exchange(ioOther.mRef, nullptr));
-        return *this;
-    }
-    ~Owned() { Reset(); }
-
-    Ref Get() const { return mRef; }
-    explicit operator bool() const { return mRef != nullptr; }
-    // Hands the reference to the caller, who then releases it.
-    Ref Take() { return std::exchange(mRef, nullptr); }
-
-    void Reset(Ref inRef = nullptr)
-    {
-        if (mRef)
-            CFRelease(mRef);
-        mRef = inRef;
-    }
-
-private:
-    Ref mRef = nullptr;
-};
+using port::Owned;
 
 using OwnedValue = Owned<CFTypeRef>;
 

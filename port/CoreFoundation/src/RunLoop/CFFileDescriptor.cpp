@@ -8,7 +8,7 @@
 
 struct __CFFileDescriptor final : cf::Object {
     const int mDescriptor;
-    cf::UniqueDescriptor mOwned;  // the same descriptor, when closing it is ours to do
+    port::UniqueDescriptor mOwned;  // the same descriptor, when closing it is ours to do
     const CFFileDescriptorCallBack mCallout;
     const CFFileDescriptorContext mContext;
     // Guarded by the run loop lock.

@@ -40,11 +40,11 @@ namespace {
 
 constexpr double kNever = std::numeric_limits<double>::infinity();
 
-cf::UniqueDescriptor Opened(int inDescriptor, const char* inWhat)
+port::UniqueDescriptor Opened(int inDescriptor, const char* inWhat)
 {
     if (inDescriptor < 0)
         cf::Fatal("CFRunLoopGetCurrent", "cannot create the run loop's %s: %s", inWhat, std::strerror(errno));
-    return cf::UniqueDescriptor(inDescriptor);
+    return port::UniqueDescriptor(inDescriptor);
 }
 
 // The kernel's clock counts whole nanoseconds from 1970. Whole and fractional seconds are

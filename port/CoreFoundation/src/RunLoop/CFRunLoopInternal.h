@@ -5,7 +5,7 @@
 #include <CoreFoundation/CFRunLoop.h>
 #include <CoreFoundation/CFRuntime.h>
 
-#include "UniqueDescriptor.h"
+#include <PortSupport/UniqueDescriptor.h>
 
 #include <atomic>
 #include <cstdint>
@@ -125,9 +125,9 @@ struct __CFRunLoop final : cf::Object {
     void WakeUp() const;
     void Finalize() noexcept override;
 
-    cf::UniqueDescriptor mEpoll;
-    cf::UniqueDescriptor mWake;        // eventfd: written to end a wait
-    cf::UniqueDescriptor mTimerClock;  // timerfd: armed for the watched mode's next timer
+    port::UniqueDescriptor mEpoll;
+    port::UniqueDescriptor mWake;        // eventfd: written to end a wait
+    port::UniqueDescriptor mTimerClock;  // timerfd: armed for the watched mode's next timer
     std::atomic<bool> mStopRequested{false};
     std::atomic<bool> mWaiting{false};
 

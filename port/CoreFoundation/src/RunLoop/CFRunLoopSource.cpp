@@ -13,10 +13,10 @@ namespace {
 // epoll (and so to a host watching the wait descriptor) without a separate wake-up.
 struct SignalledSource final : __CFRunLoopSource {
     const CFRunLoopSourceContext mContext;
-    cf::UniqueDescriptor mSignal;
+    port::UniqueDescriptor mSignal;
     std::atomic<bool> mSignalled{false};
 
-    SignalledSource(CFIndex inOrder, const CFRunLoopSourceContext& inContext, cf::UniqueDescriptor inSignal)
+    SignalledSource(CFIndex inOrder, const CFRunLoopSourceContext& inContext, port::UniqueDescriptor inSignal)
         : __CFRunLoopSource(inOrder), mContext(inContext), mSignal(std::move(inSignal))
     {
     }
@@ -92,7 +92,7 @@ CFRunLoopSourceRef CFRunLoopSourceCreate(CFAllocatorRef inAllocator, CFIndex inO
 {
     if (inContext == nullptr || inContext->version != 0)
         return nullptr;
-    cf::UniqueDescriptor signal(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
+    port::UniqueDescriptor signal(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
     if (!signal)
         return nullptr;
     CFRunLoopSourceContext context = *inContext;

@@ -41,9 +41,7 @@ CFIndex ConvertPiecewise(std::u16string_view inText, CFStringEncoding inEncoding
     std::string bytes;
     std::size_t at = 0;
     while (at < inText.size()) {
-        bool pair = inText[at] >= 0xD800 && inText[at] < 0xDC00 && at + 1 < inText.size() && inText[at + 1] >= 0xDC00 &&
-                    inText[at + 1] < 0xE000;
-        std::size_t units = pair ? 2 : 1;
+        std::size_t units = cf::CharacterLength(inText, at);
         if (!cf::Encode(inText.substr(at, units), inEncoding, inLossByte, false, bytes) || !ioOutput.Write(bytes))
             break;
         at += units;

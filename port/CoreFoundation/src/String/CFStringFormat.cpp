@@ -6,6 +6,7 @@
 // argument unnamed, names one with two different types, or asks for an absurd width makes
 // the create calls answer NULL rather than guess at what lies on the argument list.
 #include "CFStringObject.h"
+#include "StringEncoding.h"
 
 #include <algorithm>
 #include <clocale>
@@ -273,15 +274,10 @@ private:
 
 void AppendCodePoint(std::u16string& ioText, char32_t inCodePoint)
 {
-    if (inCodePoint > 0x10FFFF || (inCodePoint >= 0xD800 && inCodePoint < 0xE000)) {
+    if (inCodePoint > 0x10FFFF || U_IS_SURROGATE(inCodePoint))
         ioText += u'\uFFFD';
-    } else if (inCodePoint >= 0x10000) {
-        inCodePoint -= 0x10000;
-        ioText += char16_t(0xD800 + (inCodePoint >> 10));
-        ioText += char16_t(0xDC00 + (inCodePoint & 0x3FF));
-    } else {
-        ioText += char16_t(inCodePoint);
-    }
+    else
+        cf::AppendScalar(ioText, UChar32(inCodePoint));
 }
 
 // UTF-8 to UTF-16; each byte that does not start a valid sequence becomes U+FFFD, so that a
@@ -299,7 +295,7 @@ void AppendUTF8(std::u16string& ioText, std::string_view inBytes)
             codePoint = (codePoint << 6) | (next & 0x3F);
         }
         constexpr char32_t kSmallest[] = {0, 0x80, 0x800, 0x10000};
-        if (valid && codePoint >= kSmallest[extra] && codePoint <= 0x10FFFF && !(codePoint >= 0xD800 && codePoint < 0xE000)) {
+        if (valid && codePoint >= kSmallest[extra] && codePoint <= 0x10FFFF && !U_IS_SURROGATE(codePoint)) {
             AppendCodePoint(ioText, codePoint);
             at += extra + 1;
         } else {

@@ -158,15 +158,9 @@ bool DecodeWide(std::span<const UInt8> inBytes, CFStringEncoding inEncoding, boo
             outText.push_back(char16_t(value));
             continue;
         }
-        if (value > 0x10FFFF || (value >= 0xD800 && value <= 0xDFFF))
+        if (value > 0x10FFFF || U_IS_SURROGATE(value))
             return false;
-        if (value >= 0x10000) {
-            value -= 0x10000;
-            outText.push_back(char16_t(0xD800 + (value >> 10)));
-            outText.push_back(char16_t(0xDC00 + (value & 0x3FF)));
-        } else {
-            outText.push_back(char16_t(value));
-        }
+        AppendScalar(outText, UChar32(value));
     }
     return true;
 }
@@ -185,10 +179,10 @@ bool EncodeWide(std::u16string_view inText, CFStringEncoding inEncoding, UInt8 i
         WriteUnit(outBytes, 0xFEFF, unit, order);
     for (size_t i = 0; i < inText.size(); ++i) {
         UInt32 value = inText[i];
-        if (wide && value >= 0xD800 && value <= 0xDFFF) {
-            bool paired = value < 0xDC00 && i + 1 < inText.size() && inText[i + 1] >= 0xDC00 && inText[i + 1] <= 0xDFFF;
-            if (paired) {
-                value = 0x10000 + ((value - 0xD800) << 10) + (inText[++i] - 0xDC00);
+        if (wide && U16_IS_SURROGATE(value)) {
+            if (CharacterLength(inText, i) == 2) {
+                value = U16_GET_SUPPLEMENTARY(value, inText[i + 1]);
+                ++i;
             } else if (inLossByte != 0) {
                 value = inLossByte;
             } else {
@@ -226,7 +220,7 @@ bool EncodeWithConverter(std::u16string_view inText, CFStringEncoding inEncoding
     outBytes.clear();
     outBytes.reserve(inText.size());
     for (size_t i = 0; i < inText.size();) {
-        size_t units = (inText[i] >= 0xD800 && inText[i] < 0xDC00 && i + 1 < inText.size()) ? 2 : 1;
+        size_t units = CharacterLength(inText, i);
         char bytes[8];
         UErrorCode status = U_ZERO_ERROR;
         ucnv_reset(converter);

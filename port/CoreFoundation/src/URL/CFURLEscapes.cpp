@@ -20,16 +20,6 @@ void AppendEscaped(std::u16string& ioText, UInt8 inByte)
     ioText.push_back(char16_t(kHexDigits[inByte & 0xF]));
 }
 
-bool IsHighSurrogate(char16_t inUnit) { return inUnit >= 0xD800 && inUnit < 0xDC00; }
-
-bool IsLowSurrogate(char16_t inUnit) { return inUnit >= 0xDC00 && inUnit < 0xE000; }
-
-// The number of UTF-16 units of the character at inText[inAt].
-std::size_t CharacterLength(Text inText, std::size_t inAt)
-{
-    return IsHighSurrogate(inText[inAt]) && inAt + 1 < inText.size() && IsLowSurrogate(inText[inAt + 1]) ? 2 : 1;
-}
-
 bool ShouldEscape(Text inCharacter, const EscapeRule& inRule)
 {
     if (!inRule.neverEscape.empty() && inRule.neverEscape.find(inCharacter) != Text::npos)

@@ -7,6 +7,7 @@
 
 #include <CoreFoundation/CFRuntime.h>
 #include <CoreFoundation/CFURL.h>
+#include <PortSupport/Owned.h>
 
 #include <memory>
 #include <string>
@@ -34,11 +35,7 @@ private:
 
 namespace cf {
 
-struct Releaser {
-    void operator()(CFTypeRef inObject) const { CFRelease(inObject); }
-};
-// One reference, released when it goes out of scope.
-using OwnedURL = std::unique_ptr<const __CFURL, Releaser>;
+using OwnedURL = port::Owned<CFURLRef>;
 
 const __CFURL& URL(CFURLRef inURL, const char* inCall);
 

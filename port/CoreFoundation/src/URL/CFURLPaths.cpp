@@ -167,8 +167,8 @@ CFURLRef CreateFileURL(CFAllocatorRef inAllocator, std::string_view inHost, std:
     }
     cf::OwnedURL currentDirectory;
     if (inBase == nullptr && inRelativeToCurrentDirectory) {
-        currentDirectory.reset(CreateCurrentDirectoryURL(inAllocator));
-        inBase = currentDirectory.get();
+        currentDirectory.Reset(CreateCurrentDirectoryURL(inAllocator));
+        inBase = currentDirectory.Get();
     }
     std::u16string text = cf::url::EscapeBytes(inPath, cf::url::IsPathCharacter);
     cf::url::EscapeColonsOfFirstSegment(text);
@@ -318,8 +318,8 @@ Boolean CFURLGetFileSystemRepresentation(CFURLRef inURL, Boolean inResolveAgains
     const __CFURL& url = cf::URL(inURL, "CFURLGetFileSystemRepresentation");
     cf::OwnedURL absolute;
     if (inResolveAgainstBase && url.mBase)
-        absolute.reset(CFURLCopyAbsoluteURL(inURL));
-    const __CFURL& chosen = absolute ? *absolute : url;
+        absolute.Reset(CFURLCopyAbsoluteURL(inURL));
+    const __CFURL& chosen = absolute ? *absolute.Get() : url;
     if (!IsFileURL(chosen))
         return false;
     std::optional<std::string> bytes = PathBytes(chosen);

@@ -35,7 +35,7 @@ OSStatus Launch(CFURLRef inApp, std::vector<CFURLRef> inItems, LSLaunchFlags inF
     CFURLRef launched = nullptr;
     OSStatus status = LSOpenFromURLSpec(&spec, outLaunched ? &launched : nullptr);
     if (outLaunched)
-        outLaunched->reset(launched);
+        outLaunched->Reset(launched);
     CFRelease(items);
     return status;
 }
@@ -68,12 +68,12 @@ TEST(LaunchServices, StartsAProgramDetachedWithItsItems)
     ::dup2(input[0], STDIN_FILENO);
     URL app = PathURL(kTarget), report = PathURL(folder.Path("report")), spaced = PathURL(folder.Path("a b")),
         web = TextURL("https://example.org/a?b=1"), launched;
-    OSStatus status = Launch(app.get(), {report.get(), spaced.get(), web.get()}, kLSLaunchDontSwitch, &launched);
+    OSStatus status = Launch(app.Get(), {report.Get(), spaced.Get(), web.Get()}, kLSLaunchDontSwitch, &launched);
     ::dup2(savedInput, STDIN_FILENO);
     for (int fd : {savedInput, input[0], input[1]})
         ::close(fd);
     ASSERT_EQ(status, noErr);
-    EXPECT_EQ(PathOf(launched.get()), kTarget);
+    EXPECT_EQ(PathOf(launched.Get()), kTarget);
 
     std::optional<LaunchReport> started = AwaitReport(folder.Path("report"));
     ASSERT_TRUE(started);
@@ -96,7 +96,7 @@ TEST(LaunchServices, RunsABundleOnceUnlessAnotherInstanceIsAsked)
     ScopedVariable reportTo("SPINDECK_LAUNCH_REPORT", folder.Path("1"));
 
     CFURLRef launched = nullptr;
-    ASSERT_EQ(LSOpenCFURLRef(bundleURL.get(), &launched), noErr);
+    ASSERT_EQ(LSOpenCFURLRef(bundleURL.Get(), &launched), noErr);
     URL owned(launched);
     EXPECT_EQ(PathOf(launched), bundle);
     EXPECT_TRUE(CFURLHasDirectoryPath(launched));
@@ -104,13 +104,13 @@ TEST(LaunchServices, RunsABundleOnceUnlessAnotherInstanceIsAsked)
     ASSERT_TRUE(first);
     Launched firstProgram{PIDOf(*first)};
 
-    EXPECT_EQ(LSOpenCFURLRef(bundleURL.get(), nullptr), noErr);
+    EXPECT_EQ(LSOpenCFURLRef(bundleURL.Get(), nullptr), noErr);
     // Its executable, named as the product names its helpers, is the same application.
-    EXPECT_EQ(Launch(executableURL.get(), {}, kLSLaunchDontAddToRecents | kLSLaunchDontSwitch | kLSLaunchNoParams),
+    EXPECT_EQ(Launch(executableURL.Get(), {}, kLSLaunchDontAddToRecents | kLSLaunchDontSwitch | kLSLaunchNoParams),
               noErr);
     EXPECT_EQ(CountRunning(executable), 1);
 
-    ASSERT_EQ(Launch(bundleURL.get(), {secondReport.get()}, kLSLaunchNewInstance), noErr);
+    ASSERT_EQ(Launch(bundleURL.Get(), {secondReport.Get()}, kLSLaunchNewInstance), noErr);
     std::optional<LaunchReport> second = AwaitReport(folder.Path("2"));
     ASSERT_TRUE(second);
     Launched secondProgram{PIDOf(*second)};
@@ -151,7 +151,7 @@ TEST(LaunchServices, AnswersWhyNothingCouldBeLaunched)
     };
     for (const auto& c : cases) {
         URL url = PathURL(folder.Path(c.name), fs::is_directory(folder.Path(c.name)));
-        OSStatus status = c.asApplication ? Launch(url.get(), {}, c.flags) : LSOpenCFURLRef(url.get(), nullptr);
+        OSStatus status = c.asApplication ? Launch(url.Get(), {}, c.flags) : LSOpenCFURLRef(url.Get(), nullptr);
         EXPECT_EQ(status, c.status) << c.name << (c.asApplication ? " as application" : "");
     }
 }
@@ -167,15 +167,15 @@ TEST(LaunchServices, HandsEverythingElseToTheDesktopsOpener)
     URL document = PathURL(folder.Path("notes.txt")), pane = PathURL(folder.Path("Panel.prefPane"), true),
         web = TextURL("https://example.org/page?q=1"), launched;
 
-    EXPECT_EQ(LSOpenCFURLRef(document.get(), nullptr), kLSApplicationNotFoundErr);
-    EXPECT_EQ(LSOpenCFURLRef(web.get(), nullptr), kLSApplicationNotFoundErr);
+    EXPECT_EQ(LSOpenCFURLRef(document.Get(), nullptr), kLSApplicationNotFoundErr);
+    EXPECT_EQ(LSOpenCFURLRef(web.Get(), nullptr), kLSApplicationNotFoundErr);
 
     // Each run of the opener leaves a file named after its process, holding its argument.
     std::string opened = folder.Path("opened/");
     WriteProgram(folder.Path("bin/xdg-open"),
                  "#!/bin/sh\necho \"$1\" > " + opened + ".$$ && /bin/mv " + opened + ".$$ " + opened + "$$\n");
-    ASSERT_EQ(Launch(nullptr, {document.get(), pane.get(), web.get()}, kLSLaunchAsync, &launched), noErr);
-    EXPECT_EQ(PathOf(launched.get()), folder.Path("bin/xdg-open"));
+    ASSERT_EQ(Launch(nullptr, {document.Get(), pane.Get(), web.Get()}, kLSLaunchAsync, &launched), noErr);
+    EXPECT_EQ(PathOf(launched.Get()), folder.Path("bin/xdg-open"));
 
     std::set<std::string> arguments;
     for (int i = 0; i < 500 && arguments.size() < 3; ++i, std::this_thread::sleep_for(std::chrono::milliseconds(10)))
@@ -193,7 +193,7 @@ TEST(LaunchServices, LeavesNoChildAndNoDescriptorBehind)
     URL plain = PathURL("/bin/true"), bundle = PathURL(folder.Path("True.app"), true);
     std::size_t descriptors = OpenDescriptorCount();
     for (int i = 0; i < 100; ++i)
-        ASSERT_EQ(LSOpenCFURLRef(i % 2 ? plain.get() : bundle.get(), nullptr), noErr) << "launch " << i;
+        ASSERT_EQ(LSOpenCFURLRef(i % 2 ? plain.Get() : bundle.Get(), nullptr), noErr) << "launch " << i;
     errno = 0;
     EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1);
     EXPECT_EQ(errno, ECHILD) << "a launched program, or the process that started it, is still our child";
@@ -209,15 +209,15 @@ TEST(LaunchServices, NamesBundlesByTheirNameAndOtherItemsByTheirFileName)
     for (auto [file, name] : {std::pair{"Named.app", "Spindeck Demo"}, {"Plain.app", "Plain"}, {"notes.txt", "notes.txt"}}) {
         URL url = PathURL(folder.Path(file), fs::is_directory(folder.Path(file)));
         CFStringRef displayName = nullptr;
-        EXPECT_EQ(LSCopyDisplayNameForURL(url.get(), &displayName), noErr);
+        EXPECT_EQ(LSCopyDisplayNameForURL(url.Get(), &displayName), noErr);
         EXPECT_EQ(displayName ? cf::UTF8(displayName) : "", name);
         if (displayName)
             CFRelease(displayName);
     }
     URL missing = PathURL(folder.Path("missing")), web = TextURL("https://example.org/");
     CFStringRef none = nullptr;
-    EXPECT_EQ(LSCopyDisplayNameForURL(missing.get(), &none), fnfErr);
-    EXPECT_EQ(LSCopyDisplayNameForURL(web.get(), &none), kLSDataUnavailableErr);
+    EXPECT_EQ(LSCopyDisplayNameForURL(missing.Get(), &none), fnfErr);
+    EXPECT_EQ(LSCopyDisplayNameForURL(web.Get(), &none), kLSDataUnavailableErr);
     EXPECT_EQ(none, nullptr);
 }
 

@@ -1,6 +1,7 @@
 // Data: mutation, bytes handed over without a copy, equality, misuse.
 #include <CoreFoundation/CFRuntime.h>
 #include <CoreFoundation/CoreFoundation.h>
+#include <PortSupport/Owned.h>
 
 #include <gtest/gtest.h>
 
@@ -13,8 +14,7 @@
 
 namespace {
 
-template <class Ref>
-using Owned = std::unique_ptr<std::remove_pointer_t<Ref>, decltype([](Ref inRef) { CFRelease(inRef); })>;
+using port::Owned;
 
 const UInt8* Bytes(const char* inText) { return reinterpret_cast<const UInt8*>(inText); }
 
@@ -26,40 +26,40 @@ std::string Contents(CFDataRef inData)
 TEST(DataMutation, EditsKeepTheRightBytes)
 {
     Owned<CFMutableDataRef> data(CFDataCreateMutable(nullptr, 0));
-    CFDataAppendBytes(data.get(), Bytes("hello"), 5);
-    CFDataSetLength(data.get(), 8);
-    EXPECT_EQ(Contents(data.get()), std::string("hello\0\0\0", 8));
-    CFDataSetLength(data.get(), 4);
-    CFDataIncreaseLength(data.get(), 2);
-    EXPECT_EQ(Contents(data.get()), std::string("hell\0\0", 6));  // growth after shrinking is zeroed too
-    CFDataReplaceBytes(data.get(), CFRangeMake(1, 3), Bytes("ipp"), 3);
-    CFDataReplaceBytes(data.get(), CFRangeMake(4, 2), Bytes("o!"), 2);
-    EXPECT_EQ(Contents(data.get()), "hippo!");
-    CFDataReplaceBytes(data.get(), CFRangeMake(0, 1), Bytes("wh"), 2);
-    CFDataDeleteBytes(data.get(), CFRangeMake(2, 3));
-    EXPECT_EQ(Contents(data.get()), "who!");
+    CFDataAppendBytes(data.Get(), Bytes("hello"), 5);
+    CFDataSetLength(data.Get(), 8);
+    EXPECT_EQ(Contents(data.Get()), std::string("hello\0\0\0", 8));
+    CFDataSetLength(data.Get(), 4);
+    CFDataIncreaseLength(data.Get(), 2);
+    EXPECT_EQ(Contents(data.Get()), std::string("hell\0\0", 6));  // growth after shrinking is zeroed too
+    CFDataReplaceBytes(data.Get(), CFRangeMake(1, 3), Bytes("ipp"), 3);
+    CFDataReplaceBytes(data.Get(), CFRangeMake(4, 2), Bytes("o!"), 2);
+    EXPECT_EQ(Contents(data.Get()), "hippo!");
+    CFDataReplaceBytes(data.Get(), CFRangeMake(0, 1), Bytes("wh"), 2);
+    CFDataDeleteBytes(data.Get(), CFRangeMake(2, 3));
+    EXPECT_EQ(Contents(data.Get()), "who!");
     // Bytes taken from the data itself stay intact while it changes.
-    CFDataReplaceBytes(data.get(), CFRangeMake(1, 0), CFDataGetBytePtr(data.get()), 4);
-    EXPECT_EQ(Contents(data.get()), "wwho!ho!");
+    CFDataReplaceBytes(data.Get(), CFRangeMake(1, 0), CFDataGetBytePtr(data.Get()), 4);
+    EXPECT_EQ(Contents(data.Get()), "wwho!ho!");
     UInt8 middle[3];
-    CFDataGetBytes(data.get(), CFRangeMake(3, 3), middle);
+    CFDataGetBytes(data.Get(), CFRangeMake(3, 3), middle);
     EXPECT_EQ(std::string(middle, middle + 3), "o!h");
-    CFDataGetMutableBytePtr(data.get())[0] = 'W';
-    EXPECT_EQ(Contents(data.get()), "Wwho!ho!");
+    CFDataGetMutableBytePtr(data.Get())[0] = 'W';
+    EXPECT_EQ(Contents(data.Get()), "Wwho!ho!");
 }
 
 TEST(DataEquality, CopiesAreEqualAndHashAlike)
 {
     Owned<CFDataRef> data(CFDataCreate(nullptr, Bytes("abc"), 3));
-    Owned<CFMutableDataRef> mutableCopy(CFDataCreateMutableCopy(nullptr, 0, data.get()));
-    Owned<CFDataRef> copy(CFDataCreateCopy(nullptr, mutableCopy.get()));
-    EXPECT_TRUE(CFEqual(data.get(), mutableCopy.get()));
-    EXPECT_TRUE(CFEqual(data.get(), copy.get()));
-    EXPECT_EQ(CFHash(data.get()), CFHash(copy.get()));
-    CFDataAppendBytes(mutableCopy.get(), Bytes("d"), 1);
-    EXPECT_FALSE(CFEqual(data.get(), mutableCopy.get()));
-    EXPECT_EQ(Contents(copy.get()), "abc");  // a copy does not follow its source
-    EXPECT_NE(cf::DescribeValue(data.get()).find("length = 3, capacity = 3, bytes = 0x616263"), std::string::npos);
+    Owned<CFMutableDataRef> mutableCopy(CFDataCreateMutableCopy(nullptr, 0, data.Get()));
+    Owned<CFDataRef> copy(CFDataCreateCopy(nullptr, mutableCopy.Get()));
+    EXPECT_TRUE(CFEqual(data.Get(), mutableCopy.Get()));
+    EXPECT_TRUE(CFEqual(data.Get(), copy.Get()));
+    EXPECT_EQ(CFHash(data.Get()), CFHash(copy.Get()));
+    CFDataAppendBytes(mutableCopy.Get(), Bytes("d"), 1);
+    EXPECT_FALSE(CFEqual(data.Get(), mutableCopy.Get()));
+    EXPECT_EQ(Contents(copy.Get()), "abc");  // a copy does not follow its source
+    EXPECT_NE(cf::DescribeValue(data.Get()).find("length = 3, capacity = 3, bytes = 0x616263"), std::string::npos);
 }
 
 // An allocator that only counts what it is asked to free.
@@ -110,16 +110,16 @@ TEST(DataNoCopy, TheBytesDeallocatorDecidesWhoFreesTheBytes)
 TEST(DataMisuse, StopsTheProcessNamingTheCall)
 {
     Owned<CFDataRef> immutable(CFDataCreate(nullptr, Bytes("abc"), 3));
-    auto* forced = const_cast<CFMutableDataRef>(immutable.get());
+    auto* forced = const_cast<CFMutableDataRef>(immutable.Get());
     EXPECT_DEATH(CFDataAppendBytes(forced, Bytes("d"), 1), "CFDataAppendBytes: the data .* is not mutable");
     EXPECT_DEATH(CFDataSetLength(forced, 0), "CFDataSetLength: the data");
     UInt8 buffer[4];
-    EXPECT_DEATH(CFDataGetBytes(immutable.get(), CFRangeMake(2, 2), buffer), "CFDataGetBytes: range \\{2, 2\\}");
+    EXPECT_DEATH(CFDataGetBytes(immutable.Get(), CFRangeMake(2, 2), buffer), "CFDataGetBytes: range \\{2, 2\\}");
     Owned<CFMutableDataRef> fixed(CFDataCreateMutable(nullptr, 4));
-    CFDataAppendBytes(fixed.get(), Bytes("abcd"), 4);
-    EXPECT_DEATH(CFDataAppendBytes(fixed.get(), Bytes("e"), 1), "CFDataAppendBytes: length 5 exceeds the fixed capacity 4");
-    EXPECT_DEATH(CFDataDeleteBytes(fixed.get(), CFRangeMake(-1, 1)), "CFDataDeleteBytes: range");
-    EXPECT_DEATH(CFDataCreateMutableCopy(nullptr, 2, immutable.get()), "CFDataCreateMutableCopy");
+    CFDataAppendBytes(fixed.Get(), Bytes("abcd"), 4);
+    EXPECT_DEATH(CFDataAppendBytes(fixed.Get(), Bytes("e"), 1), "CFDataAppendBytes: length 5 exceeds the fixed capacity 4");
+    EXPECT_DEATH(CFDataDeleteBytes(fixed.Get(), CFRangeMake(-1, 1)), "CFDataDeleteBytes: range");
+    EXPECT_DEATH(CFDataCreateMutableCopy(nullptr, 2, immutable.Get()), "CFDataCreateMutableCopy");
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 // Numbers and booleans: conversions and their lossy flag, equality across kinds, ordering.
 #include <CoreFoundation/CFRuntime.h>
 #include <CoreFoundation/CoreFoundation.h>
+#include <PortSupport/Owned.h>
 
 #include <gtest/gtest.h>
 
@@ -13,8 +14,7 @@
 
 namespace {
 
-template <class Ref>
-using Owned = std::unique_ptr<std::remove_pointer_t<Ref>, decltype([](Ref inRef) { CFRelease(inRef); })>;
+using port::Owned;
 
 template <class T>
 Owned<CFNumberRef> Make(CFNumberType inType, T inValue)
@@ -26,7 +26,7 @@ template <class T>
 std::pair<bool, T> Get(const Owned<CFNumberRef>& inNumber, CFNumberType inType)
 {
     T value{};
-    bool exact = CFNumberGetValue(inNumber.get(), inType, &value);
+    bool exact = CFNumberGetValue(inNumber.Get(), inType, &value);
     return {exact, value};
 }
 
@@ -78,13 +78,13 @@ TEST(NumberTypes, AnswerTheCanonicalSizedTypeAndRefuseOthers)
                    Case{kCFNumberFloatType, kCFNumberFloat32Type, 4, true}, Case{kCFNumberDoubleType, kCFNumberFloat64Type, 8, true}}) {
         double storage = 0;  // wide enough for any type
         Owned<CFNumberRef> number(CFNumberCreate(nullptr, c.made, &storage));
-        EXPECT_EQ(CFNumberGetType(number.get()), c.canonical);
-        EXPECT_EQ(CFNumberGetByteSize(number.get()), c.size);
-        EXPECT_EQ(bool(CFNumberIsFloatType(number.get())), c.isFloat);
+        EXPECT_EQ(CFNumberGetType(number.Get()), c.canonical);
+        EXPECT_EQ(CFNumberGetByteSize(number.Get()), c.size);
+        EXPECT_EQ(bool(CFNumberIsFloatType(number.Get())), c.isFloat);
     }
     int value = 1;
     EXPECT_EQ(CFNumberCreate(nullptr, CFNumberType(99), &value), nullptr);
-    EXPECT_FALSE(CFNumberGetValue(Make(kCFNumberIntType, 1).get(), CFNumberType(0), &value));
+    EXPECT_FALSE(CFNumberGetValue(Make(kCFNumberIntType, 1).Get(), CFNumberType(0), &value));
     EXPECT_DEATH(CFNumberGetValue(reinterpret_cast<CFNumberRef>(kCFBooleanTrue), kCFNumberIntType, &value),
                  "CFNumberGetValue: expected a CFNumber, got a CFBoolean");
 }
@@ -98,15 +98,15 @@ TEST(NumberEquality, IntegersAndFloatsWithTheSameValueAreEqualAndHashAlike)
     auto minimum = Make(kCFNumberSInt64Type, std::numeric_limits<SInt64>::min());
     auto minimumDouble = Make(kCFNumberDoubleType, -kTwoTo63);
     for (auto [a, b] : {std::pair(&one, &oneDouble), std::pair(&zero, &minusZero), std::pair(&minimum, &minimumDouble)}) {
-        EXPECT_TRUE(CFEqual(a->get(), b->get()));
-        EXPECT_EQ(CFHash(a->get()), CFHash(b->get()));
+        EXPECT_TRUE(CFEqual(a->Get(), b->Get()));
+        EXPECT_EQ(CFHash(a->Get()), CFHash(b->Get()));
     }
-    EXPECT_FALSE(CFEqual(one.get(), Make(kCFNumberDoubleType, 1.0000001).get()));
+    EXPECT_FALSE(CFEqual(one.Get(), Make(kCFNumberDoubleType, 1.0000001).Get()));
 }
 
 TEST(NumberCompare, OrdersExactlyAcrossKinds)
 {
-    auto compare = [](const Owned<CFNumberRef>& a, const Owned<CFNumberRef>& b) { return CFNumberCompare(a.get(), b.get(), nullptr); };
+    auto compare = [](const Owned<CFNumberRef>& a, const Owned<CFNumberRef>& b) { return CFNumberCompare(a.Get(), b.Get(), nullptr); };
     auto nan = Make(kCFNumberDoubleType, kNaN);
     EXPECT_EQ(compare(Make(kCFNumberIntType, 1), Make(kCFNumberDoubleType, 1.5)), kCFCompareLessThan);
     EXPECT_EQ(compare(Make(kCFNumberIntType, -1), Make(kCFNumberDoubleType, -1.5)), kCFCompareGreaterThan);

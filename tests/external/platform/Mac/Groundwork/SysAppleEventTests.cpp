@@ -41,7 +41,7 @@ void Quit(const ProcessSerialNumber& inPSN)
 std::optional<LaunchReport> Start(const std::string& inPath, bool inIsBundle, const std::string& inReport)
 {
     ScopedVariable reportTo("SPINDECK_LAUNCH_REPORT", inReport);
-    EXPECT_EQ(LSOpenCFURLRef(PathURL(inPath, inIsBundle).get(), nullptr), noErr) << inPath;
+    EXPECT_EQ(LSOpenCFURLRef(PathURL(inPath, inIsBundle).Get(), nullptr), noErr) << inPath;
     return AwaitReport(inReport);
 }
 

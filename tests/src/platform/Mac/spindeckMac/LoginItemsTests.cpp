@@ -74,7 +74,7 @@ void RunCases(const std::vector<Case>& inCases)
                              file, *test.stored), "");
             ASSERT_EQ(stat(file.c_str(), &before), 0);
         }
-        EXPECT_EQ(UpdateLoginItems(spindeck::test::PathURL(kOwn, true).get(),
+        EXPECT_EQ(UpdateLoginItems(spindeck::test::PathURL(kOwn, true).Get(),
                                    test.named ? CFSTR("Vemora spindeck Helper") : nullptr, test.action),
                   test.result);
         const bool exists = stat(file.c_str(), &after) == 0;

@@ -62,21 +62,21 @@ TEST_F(ApplicationProcesses, AProgramIsFoundByItsFileAndACopyElsewhereIsAnother)
     EXPECT_EQ(::testing::internal::GetCapturedStderr(), "LSOpenCFURLRef error: -43\n");
 
     ProcessSerialNumber psn{};
-    EXPECT_TRUE(kvx::IsRunning(originalURL.get(), &psn));
+    EXPECT_TRUE(kvx::IsRunning(originalURL.Get(), &psn));
     EXPECT_EQ(Fields(psn), Fields(originalPSN));
-    EXPECT_TRUE(kvx::IsRunning(originalURL.get(), nullptr));
-    EXPECT_FALSE(kvx::IsRunning(copyURL.get(), &psn)) << "same name and contents, another file";
+    EXPECT_TRUE(kvx::IsRunning(originalURL.Get(), nullptr));
+    EXPECT_FALSE(kvx::IsRunning(copyURL.Get(), &psn)) << "same name and contents, another file";
     EXPECT_EQ(Fields(psn), Fields(originalPSN)) << "not found leaves the serial number alone";
-    EXPECT_FALSE(kvx::IsRunning(PathURL(mFolder.Path("never made")).get(), &psn));
+    EXPECT_FALSE(kvx::IsRunning(PathURL(mFolder.Path("never made")).Get(), &psn));
     EXPECT_FALSE(kvx::IsRunning(nullptr, &psn));
     EXPECT_EQ(Fields(psn), Fields(originalPSN));
 
     ProcessSerialNumber copyPSN = Launch(copy);
-    EXPECT_TRUE(kvx::IsRunning(copyURL.get(), &psn));
+    EXPECT_TRUE(kvx::IsRunning(copyURL.Get(), &psn));
     EXPECT_EQ(Fields(psn), Fields(copyPSN));
     ::kill(mLaunched.back(), SIGKILL);
     ASSERT_TRUE(AwaitGone(mLaunched.back()));
-    EXPECT_FALSE(kvx::IsRunning(copyURL.get(), nullptr)) << "an ended process no longer runs";
+    EXPECT_FALSE(kvx::IsRunning(copyURL.Get(), nullptr)) << "an ended process no longer runs";
 }
 
 TEST_F(ApplicationProcesses, ABundledProgramIsFoundByItsBundle)
@@ -88,9 +88,9 @@ TEST_F(ApplicationProcesses, ABundledProgramIsFoundByItsBundle)
 
     ProcessSerialNumber launched = Launch(bundle);
     ProcessSerialNumber psn{};
-    EXPECT_TRUE(kvx::IsRunning(PathURL(bundle, true).get(), &psn));
+    EXPECT_TRUE(kvx::IsRunning(PathURL(bundle, true).Get(), &psn));
     EXPECT_EQ(Fields(psn), Fields(launched));
-    EXPECT_FALSE(kvx::IsRunning(PathURL(copy, true).get(), &psn));
+    EXPECT_FALSE(kvx::IsRunning(PathURL(copy, true).Get(), &psn));
 }
 
 }  // namespace

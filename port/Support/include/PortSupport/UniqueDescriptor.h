@@ -5,7 +5,7 @@
 
 #include <utility>
 
-namespace cf {
+namespace port {
 
 class UniqueDescriptor {
 public:
@@ -36,4 +36,4 @@ private:
     int mDescriptor = -1;
 };
 
-}  // namespace cf
+}  // namespace port

@@ -7,6 +7,7 @@
 #include <Carbon/MacErrors.h>
 #include <Carbon/Processes.h>
 #include <CoreFoundation/CFURL.h>
+#include <PortSupport/Owned.h>
 
 #include <stdlib.h>
 #include <unistd.h>
@@ -45,10 +46,7 @@ inline void MakeBundle(const std::string& inPath, const std::string& inEntries, 
         fs::copy_file(inProgram, inPath + "/Contents/MacOS/" + inExecutable);
 }
 
-struct ReleaseURL {
-    void operator()(CFURLRef inURL) const { CFRelease(inURL); }
-};
-using URL = std::unique_ptr<const __CFURL, ReleaseURL>;
+using URL = port::Owned<CFURLRef>;
 
 inline URL PathURL(const std::string& inPath, bool inIsFolder = false)
 {

@@ -5,6 +5,7 @@
 #include <CoreFoundation/CFPreferences.h>
 #include <CoreFoundation/CFRuntime.h>
 #include <CoreFoundation/CFUserFolders.h>
+#include <PortSupport/InstallLocations.h>
 
 #include <unistd.h>
 
@@ -133,9 +134,9 @@ std::optional<FolderLocation> UserDomainFolder(OSType inType)
 
 std::optional<FolderLocation> InstallationFolder(OSType inType)
 {
-    const std::string lib = std::string(SPINDECK_INSTALL_PREFIX) + "/lib/" + std::string(kProjectFolder);
-    const std::string data = SPINDECK_INSTALL_DATADIR;
-    const std::string state = SPINDECK_INSTALL_LOCALSTATEDIR;
+    const std::string lib = std::string(port::install::kPrefix) + "/lib/" + std::string(kProjectFolder);
+    const std::string data = port::install::kDataFolder;
+    const std::string state = port::install::kStateFolder;
     switch (inType) {
     case kApplicationSupportFolderType:
         return Inside(data, kShared, "", kShared);

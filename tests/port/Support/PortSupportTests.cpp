@@ -1,0 +1,81 @@
+// The port's shared pieces: reference and descriptor owners, and the mount table parser.
+#include <PortSupport/MountTable.h>
+#include <PortSupport/Owned.h>
+#include <PortSupport/UniqueDescriptor.h>
+
+#include <CoreFoundation/CoreFoundation.h>
+
+#include <gtest/gtest.h>
+
+#include <fcntl.h>
+#include <sys/sysmacros.h>
+
+namespace {
+
+TEST(Owned, GivesBackWhatItHeldWhenReplacedOrMovedOver)
+{
+    CFStringRef kept = CFStringCreateWithCString(nullptr, "kept", kCFStringEncodingUTF8);
+    CFRetain(kept);  // our own, to watch the count
+    {
+        port::Owned<CFStringRef> first(kept);
+        port::Owned<CFStringRef> second(CFStringCreateWithCString(nullptr, "other", kCFStringEncodingUTF8));
+        first = std::move(second);
+        EXPECT_EQ(CFGetRetainCount(kept), 1) << "move assignment releases the reference it replaces";
+        EXPECT_FALSE(second);
+
+        port::Owned<CFStringRef> retained = port::Owned<CFStringRef>::Retained(kept);
+        EXPECT_EQ(CFGetRetainCount(kept), 2);
+        CFStringRef taken = retained.Take();
+        EXPECT_FALSE(retained);
+        EXPECT_EQ(CFGetRetainCount(kept), 2) << "taking hands the reference over without releasing it";
+        CFRelease(taken);
+    }
+    CFRelease(kept);
+}
+
+TEST(UniqueDescriptor, ClosesOnceAndOnlyWhatItOwns)
+{
+    int raw = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
+    ASSERT_GE(raw, 0);
+    {
+        port::UniqueDescriptor owner(raw);
+        port::UniqueDescriptor moved(std::move(owner));
+        EXPECT_FALSE(owner);
+        moved.Reset(raw);  // the same descriptor again: still open afterwards
+        EXPECT_EQ(::fcntl(raw, F_GETFD), FD_CLOEXEC);
+    }
+    EXPECT_EQ(::fcntl(raw, F_GETFD), -1) << "closed when its owner went";
+}
+
+TEST(MountTable, ReadsDevicesEscapedPathsAndTypesAfterOptionalFields)
+{
+    const char* table =
+        "22 1 8:1 / / rw,relatime shared:1 - ext4 /dev/sda1 rw\n"
+        "30 22 0:45 /sub /media/My\\040Disk rw master:3 propagate_from:2 - vfat /dev/sdb1 rw\n"
+        "not a mount line\n"
+        "31 22 x:1 / /bad rw - tmpfs tmpfs rw\n"
+        "32 22 0:50 / /no/type rw -\n"
+        "33 22 259:7 / /back\\134slash rw - btrfs /dev/nvme0n1p7 rw";
+    port::MountList mounts = port::ParseMountInfo(table);
+    ASSERT_EQ(mounts.size(), 3u);
+    EXPECT_EQ(mounts[0].device, makedev(8, 1));
+    EXPECT_EQ(mounts[0].mountPoint, "/");
+    EXPECT_EQ(mounts[0].type, "ext4");
+    EXPECT_EQ(mounts[1].root, "/sub");
+    EXPECT_EQ(mounts[1].mountPoint, "/media/My Disk");
+    EXPECT_EQ(mounts[1].type, "vfat");
+    EXPECT_EQ(mounts[2].device, makedev(259, 7));
+    EXPECT_EQ(mounts[2].mountPoint, "/back\\slash");
+}
+
+TEST(MountTable, TheLiveTableHasTheRootAndIsKeptUntilMountsChange)
+{
+    std::shared_ptr<const port::MountList> first = port::Mounts();
+    EXPECT_EQ(port::Mounts(), first) << "read again although nothing was mounted";
+    bool hasRoot = false;
+    for (const port::Mount& mount : *first)
+        hasRoot = hasRoot || mount.mountPoint == "/";
+    EXPECT_TRUE(hasRoot);
+}
+
+}  // namespace
