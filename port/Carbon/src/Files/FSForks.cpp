@@ -1,6 +1,7 @@
 // The fork calls. The data fork is the file itself, read and written with pread and pwrite
 // at 64-bit offsets; the resource fork is the companion's resource entry, kept in memory
-// while open.
+// while open. No lock is held while a disk is read or written: each call holds its fork,
+// which keeps the descriptor open until the call is done.
 #include "FSCompanion.h"
 #include "FSForkTable.h"
 #include "FSNames.h"
@@ -15,6 +16,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <string_view>
 
@@ -57,26 +59,41 @@ OSErr StoreResourceFork(const ItemLocation& inItem, const std::vector<UInt8>* in
         contents.Insert(AppleDouble::kResourceFork) = *inBytes;
     else
         contents.Remove(AppleDouble::kResourceFork);
-    return WriteCompanion(inItem.Folder(), inItem.name, contents);
+    OSErr status = WriteCompanion(inItem.Folder(), inItem.name, contents);
+    ForkTable::Shared().NoteResourceStored();
+    return status;
 }
 
-OSErr WriteBack(OpenFork& ioFork)
+// Writes a copy of the bytes, so that the fork stays usable (and changeable) meanwhile; it
+// counts as written back only up to the changes that copy holds.
+OSErr WriteBack(const OpenFork& inFork)
 {
-    if (!ioFork.isResource || !ioFork.resource->dirty)
+    if (!inFork.isResource)
         return noErr;
+    ResourceFork& resource = *inFork.resource;
+    std::lock_guard storing(resource.storing);
+    std::vector<UInt8> bytes;
+    UInt64 changes = 0;
+    {
+        auto contents = resource.contents.Lock();
+        if (!contents->IsDirty())
+            return noErr;
+        bytes = contents->bytes;
+        changes = contents->changes;
+    }
     ItemLocation item;
-    if (OSErr status = LocateFile(&ioFork.ref, item); status != noErr)
+    if (OSErr status = LocateFile(&inFork.ref, item); status != noErr)
         return status;
-    if (OSErr status = StoreResourceFork(item, &ioFork.resource->bytes); status != noErr)
+    if (OSErr status = StoreResourceFork(item, &bytes); status != noErr)
         return status;
-    ioFork.resource->dirty = false;
+    resource.contents.Lock()->stored = changes;
     return noErr;
 }
 
 SInt64 SizeOf(const OpenFork& inFork)
 {
     if (inFork.isResource)
-        return SInt64(inFork.resource->bytes.size());
+        return SInt64(inFork.resource->contents.Lock()->bytes.size());
     struct stat status;
     return ::fstat(inFork.data.Get(), &status) == 0 ? SInt64(status.st_size) : 0;
 }
@@ -155,12 +172,13 @@ OSErr SetSize(OpenFork& ioFork, SInt64 inSize)
     if (ioFork.isResource) {
         if (inSize > kLargestResourceFork)
             return dskFulErr;
-        ioFork.resource->bytes.resize(std::size_t(inSize));
-        ioFork.resource->dirty = true;
+        auto contents = ioFork.resource->contents.Lock();
+        contents->bytes.resize(std::size_t(inSize));
+        ++contents->changes;
     } else if (::ftruncate(ioFork.data.Get(), off_t(inSize)) != 0) {
         return LastStatus();
     }
-    ioFork.mark = std::min(ioFork.mark, inSize);
+    ioFork.mark = std::min(ioFork.mark.load(), inSize);
     return noErr;
 }
 
@@ -185,10 +203,19 @@ OSErr ResolvePermission(const ItemLocation& inItem, SInt8 inPermissions, bool& o
     }
 }
 
+// Opened through the item's own descriptor where it has one, so that a rename by another
+// thread between finding the file and opening it cannot make the open fail or open another
+// file that took the name.
 OSErr OpenData(const ItemLocation& inItem, bool inWrite, OpenFork& ioFork)
 {
     int flags = (inWrite ? O_RDWR : O_RDONLY) | O_NOFOLLOW | O_CLOEXEC;
-    ioFork.data.Reset(::openat(inItem.Folder(), inItem.name.c_str(), flags));
+    if (inItem.self && !S_ISLNK(inItem.status.stx_mode)) {
+        char path[32];
+        std::snprintf(path, sizeof path, "/proc/self/fd/%d", inItem.Self());
+        ioFork.data.Reset(::open(path, flags & ~O_NOFOLLOW));
+    } else {
+        ioFork.data.Reset(::openat(inItem.Folder(), inItem.name.c_str(), flags));
+    }
     return ioFork.data ? noErr : LastStatus();
 }
 
@@ -200,14 +227,15 @@ OSErr OpenResource(const ItemLocation& inItem, OpenFork& ioFork)
     std::optional<std::vector<UInt8>> stored = StoredResourceFork(inItem);
     if (!stored)
         return errFSForkNotFound;
-    ioFork.resource = std::make_shared<ResourceForkBytes>(ResourceForkBytes{std::move(*stored), false});
+    ioFork.resource = std::make_shared<ResourceFork>();
+    ioFork.resource->contents.Lock()->bytes = std::move(*stored);
     return noErr;
 }
 
 std::optional<SInt64> ResourceLength(const ItemLocation& inItem)
 {
-    if (std::shared_ptr<ResourceForkBytes> open = ForkTable::Shared().OpenResource(inItem.key))
-        return SInt64(open->bytes.size());
+    if (std::optional<UInt64> open = OpenResourceForkLength(inItem.key))
+        return SInt64(*open);
     std::optional<std::vector<UInt8>> stored = StoredResourceFork(inItem);
     return stored ? std::optional(SInt64(stored->size())) : std::nullopt;
 }
@@ -233,15 +261,48 @@ void FillForkInfo(const OpenFork& inFork, FSForkInfo& outInfo)
     }
 }
 
-// Runs inWork on the open fork with that number under the table's lock; rfNumErr when no fork
-// of that number is open.
+// Runs inWork on the open fork with that number, holding the fork (not the table) for the
+// call; rfNumErr when no fork of that number is open. Every call on an open fork goes
+// through here.
 template <class Work>
 OSErr WithOpenFork(SInt16 inForkRefNum, Work&& inWork)
 {
-    ForkTable& table = ForkTable::Shared();
-    auto guard = table.Lock();
-    OpenFork* fork = table.Find(inForkRefNum);
+    ForkHold fork = ForkTable::Shared().Find(inForkRefNum);
     return fork ? inWork(*fork) : OSErr(rfNumErr);
+}
+
+// The open fork after *ioIterator on a volume (any volume for kFSInvalidVolumeRefNum); its
+// number goes to *ioIterator.
+std::pair<SInt16, ForkHold> NextOnVolume(SInt16& ioIterator, FSVolumeRefNum inVolume)
+{
+    auto next = ForkTable::Shared().Next(ioIterator);
+    while (next.second && inVolume != kFSInvalidVolumeRefNum && VolumeRefNumOf(next.second->key.device) != inVolume)
+        next = ForkTable::Shared().Next(next.first);
+    if (next.second)
+        ioIterator = next.first;
+    return next;
+}
+
+ByteCount ReadResource(ResourceFork& inResource, SInt64 inStart, ByteCount inCount, UInt8* outBuffer)
+{
+    auto contents = inResource.contents.Lock();
+    const std::vector<UInt8>& bytes = contents->bytes;
+    SInt64 available = std::max<SInt64>(0, SInt64(bytes.size()) - inStart);
+    ByteCount done = ByteCount(std::min<SInt64>(available, SInt64(inCount)));
+    std::copy_n(bytes.begin() + std::ptrdiff_t(std::min<SInt64>(inStart, SInt64(bytes.size()))), done, outBuffer);
+    return done;
+}
+
+OSErr WriteResource(ResourceFork& ioResource, SInt64 inStart, ByteCount inCount, const UInt8* inBuffer)
+{
+    if (inCount > ByteCount(kLargestResourceFork) || inStart > kLargestResourceFork - SInt64(inCount))
+        return dskFulErr;
+    auto contents = ioResource.contents.Lock();
+    std::vector<UInt8>& bytes = contents->bytes;
+    bytes.resize(std::max(bytes.size(), std::size_t(inStart) + inCount));
+    std::copy_n(inBuffer, inCount, bytes.begin() + std::ptrdiff_t(inStart));
+    ++contents->changes;
+    return noErr;
 }
 
 }  // namespace
@@ -256,7 +317,6 @@ OSErr FSCreateFork(const FSRef* inRef, UniCharCount inForkNameLength, const UniC
     ForkKind kind = KindOf(inForkNameLength, inForkName);
     if (kind != ForkKind::Resource)
         return kind == ForkKind::Data ? OSErr(errFSForkExists) : OSErr(errFSBadForkName);
-    auto guard = ForkTable::Shared().Lock();
     if (ResourceLength(item))
         return errFSForkExists;
     if (item.IsLocked())
@@ -275,7 +335,6 @@ OSErr FSDeleteFork(const FSRef* inRef, UniCharCount inForkNameLength, const UniC
     // The data fork is the file itself and cannot go while the file stays.
     if (KindOf(inForkNameLength, inForkName) != ForkKind::Resource)
         return errFSBadForkName;
-    auto guard = ForkTable::Shared().Lock();
     if (ForkTable::Shared().OpenResource(item.key))
         return fBsyErr;
     if (!ResourceLength(item))
@@ -296,7 +355,6 @@ OSErr FSIterateForks(const FSRef* inRef, CatPositionRec* ioForkIterator, HFSUniS
     SInt16 index = ioForkIterator->initialize == 0 ? 0 : ioForkIterator->priv[0];
     if (item.IsDirectory() || index > 1)
         return errFSNoMoreItems;
-    auto guard = ForkTable::Shared().Lock();
     std::optional<SInt64> length = index == 0 ? std::optional(SInt64(item.status.stx_size)) : ResourceLength(item);
     if (!length)
         return errFSNoMoreItems;
@@ -322,35 +380,36 @@ OSErr FSOpenFork(const FSRef* inRef, UniCharCount inForkNameLength, const UniCha
     ForkKind kind = KindOf(inForkNameLength, inForkName);
     if (kind == ForkKind::Other)
         return errFSForkNotFound;
-    OpenFork fork;
-    if (OSErr status = ResolvePermission(item, inPermissions, fork.canWrite); status != noErr)
+    auto fork = std::make_shared<OpenFork>();
+    if (OSErr status = ResolvePermission(item, inPermissions, fork->canWrite); status != noErr)
         return status;
-    fork.ref = *inRef;
-    fork.key = item.key;
-    fork.isResource = kind == ForkKind::Resource;
-    fork.permissions = fork.canWrite ? fsRdWrPerm : fsRdPerm;
+    fork->ref = *inRef;
+    fork->key = item.key;
+    fork->isResource = kind == ForkKind::Resource;
+    fork->permissions = fork->canWrite ? fsRdWrPerm : fsRdPerm;
     ForkTable& table = ForkTable::Shared();
-    auto guard = table.Lock();
-    OSErr status = fork.isResource ? OpenResource(item, fork) : OpenData(item, fork.canWrite, fork);
-    if (status != noErr)
-        return status;
-    SInt16 refNum = table.Add(std::move(fork));
-    if (refNum == 0)
+    SInt16 refNum = ForkTable::kStaleResource;
+    while (refNum == ForkTable::kStaleResource) {
+        UInt64 stores = table.ResourceStores();
+        OSErr status = fork->isResource ? OpenResource(item, *fork) : OpenData(item, fork->canWrite, *fork);
+        if (status != noErr)
+            return status;
+        refNum = table.Add(fork, stores);
+    }
+    if (refNum == ForkTable::kTableFull)
         return tmfoErr;
     *outForkRefNum = refNum;
     return noErr;
 }
 
+// The fork leaves the table only once it is written back: until then another opening of the
+// same resource fork shares these bytes rather than reading the companion before they land.
 OSErr FSCloseFork(SInt16 inForkRefNum)
 {
-    ForkTable& table = ForkTable::Shared();
-    auto guard = table.Lock();
-    OpenFork* fork = table.Find(inForkRefNum);
-    if (fork == nullptr)
-        return rfNumErr;
-    OSErr status = WriteBack(*fork);
-    table.Remove(inForkRefNum);
-    return status;
+    return WithOpenFork(inForkRefNum, [&](OpenFork& fork) {
+        OSErr status = WriteBack(fork);
+        return ForkTable::Shared().Remove(inForkRefNum, fork) ? status : OSErr(rfNumErr);
+    });
 }
 
 OSErr FSReadFork(SInt16 inForkRefNum, UInt16 inPositionMode, SInt64 inPositionOffset, ByteCount inRequestCount,
@@ -358,31 +417,21 @@ OSErr FSReadFork(SInt16 inForkRefNum, UInt16 inPositionMode, SInt64 inPositionOf
 {
     if (outActualCount)
         *outActualCount = 0;
-    ForkTable& table = ForkTable::Shared();
-    auto guard = table.Lock();
-    OpenFork* fork = table.Find(inForkRefNum);
-    if (fork == nullptr)
-        return rfNumErr;
-    if (outBuffer == nullptr && inRequestCount > 0)
-        return paramErr;
-    SInt64 start = PositionOf(*fork, inPositionMode, inPositionOffset);
-    if (start < 0)
-        return posErr;
-    OSErr status = noErr;
-    auto* buffer = static_cast<UInt8*>(outBuffer);
-    ByteCount done = 0;
-    if (fork->isResource) {
-        const std::vector<UInt8>& bytes = fork->resource->bytes;
-        SInt64 available = std::max<SInt64>(0, SInt64(bytes.size()) - start);
-        done = ByteCount(std::min<SInt64>(available, SInt64(inRequestCount)));
-        std::copy_n(bytes.begin() + std::ptrdiff_t(std::min<SInt64>(start, SInt64(bytes.size()))), done, buffer);
-    } else {
-        done = ReadData(fork->data.Get(), start, inRequestCount, buffer, status);
-    }
-    fork->mark = start + SInt64(done);
-    if (outActualCount)
-        *outActualCount = done;
-    return status != noErr ? status : done < inRequestCount ? OSErr(eofErr) : noErr;
+    return WithOpenFork(inForkRefNum, [&](OpenFork& fork) {
+        if (outBuffer == nullptr && inRequestCount > 0)
+            return OSErr(paramErr);
+        SInt64 start = PositionOf(fork, inPositionMode, inPositionOffset);
+        if (start < 0)
+            return OSErr(posErr);
+        OSErr status = noErr;
+        auto* buffer = static_cast<UInt8*>(outBuffer);
+        ByteCount done = fork.isResource ? ReadResource(*fork.resource, start, inRequestCount, buffer)
+                                         : ReadData(fork.data.Get(), start, inRequestCount, buffer, status);
+        fork.mark = start + SInt64(done);
+        if (outActualCount)
+            *outActualCount = done;
+        return status != noErr ? status : done < inRequestCount ? OSErr(eofErr) : OSErr(noErr);
+    });
 }
 
 OSErr FSWriteFork(SInt16 inForkRefNum, UInt16 inPositionMode, SInt64 inPositionOffset, ByteCount inRequestCount,
@@ -390,36 +439,29 @@ OSErr FSWriteFork(SInt16 inForkRefNum, UInt16 inPositionMode, SInt64 inPositionO
 {
     if (outActualCount)
         *outActualCount = 0;
-    ForkTable& table = ForkTable::Shared();
-    auto guard = table.Lock();
-    OpenFork* fork = table.Find(inForkRefNum);
-    if (fork == nullptr)
-        return rfNumErr;
-    if (inBuffer == nullptr && inRequestCount > 0)
-        return paramErr;
-    if (OSErr status = CheckWritable(*fork); status != noErr)
+    return WithOpenFork(inForkRefNum, [&](OpenFork& fork) {
+        if (inBuffer == nullptr && inRequestCount > 0)
+            return OSErr(paramErr);
+        if (OSErr status = CheckWritable(fork); status != noErr)
+            return status;
+        SInt64 start = PositionOf(fork, inPositionMode, inPositionOffset);
+        if (start < 0)
+            return OSErr(posErr);
+        OSErr status = noErr;
+        const auto* buffer = static_cast<const UInt8*>(inBuffer);
+        ByteCount done = 0;
+        if (fork.isResource) {
+            if (OSErr refused = WriteResource(*fork.resource, start, inRequestCount, buffer); refused != noErr)
+                return refused;
+            done = inRequestCount;
+        } else {
+            done = WriteData(fork.data.Get(), start, inRequestCount, buffer, status);
+        }
+        fork.mark = start + SInt64(done);
+        if (outActualCount)
+            *outActualCount = done;
         return status;
-    SInt64 start = PositionOf(*fork, inPositionMode, inPositionOffset);
-    if (start < 0)
-        return posErr;
-    OSErr status = noErr;
-    const auto* buffer = static_cast<const UInt8*>(inBuffer);
-    ByteCount done = 0;
-    if (fork->isResource) {
-        if (inRequestCount > ByteCount(kLargestResourceFork) || start > kLargestResourceFork - SInt64(inRequestCount))
-            return dskFulErr;
-        std::vector<UInt8>& bytes = fork->resource->bytes;
-        bytes.resize(std::max(bytes.size(), std::size_t(start) + inRequestCount));
-        std::copy_n(buffer, inRequestCount, bytes.begin() + std::ptrdiff_t(start));
-        fork->resource->dirty = true;
-        done = inRequestCount;
-    } else {
-        done = WriteData(fork->data.Get(), start, inRequestCount, buffer, status);
-    }
-    fork->mark = start + SInt64(done);
-    if (outActualCount)
-        *outActualCount = done;
-    return status;
+    });
 }
 
 OSErr FSGetForkPosition(SInt16 inForkRefNum, SInt64* outPosition)
@@ -456,49 +498,32 @@ OSErr FSGetForkSize(SInt16 inForkRefNum, SInt64* outForkSize)
 
 OSErr FSSetForkSize(SInt16 inForkRefNum, UInt16 inPositionMode, SInt64 inPositionOffset)
 {
-    ForkTable& table = ForkTable::Shared();
-    auto guard = table.Lock();
-    OpenFork* fork = table.Find(inForkRefNum);
-    if (fork == nullptr)
-        return rfNumErr;
-    if (OSErr status = CheckWritable(*fork); status != noErr)
-        return status;
-    SInt64 size = PositionOf(*fork, inPositionMode, inPositionOffset);
-    return size < 0 ? OSErr(posErr) : SetSize(*fork, size);
+    return WithOpenFork(inForkRefNum, [&](OpenFork& fork) {
+        if (OSErr status = CheckWritable(fork); status != noErr)
+            return status;
+        SInt64 size = PositionOf(fork, inPositionMode, inPositionOffset);
+        return size < 0 ? OSErr(posErr) : SetSize(fork, size);
+    });
 }
 
 OSErr FSFlushFork(SInt16 inForkRefNum)
 {
-    ForkTable& table = ForkTable::Shared();
-    auto guard = table.Lock();
-    OpenFork* fork = table.Find(inForkRefNum);
-    if (fork == nullptr)
-        return rfNumErr;
-    if (fork->isResource)
-        return WriteBack(*fork);
-    return ::fsync(fork->data.Get()) == 0 || errno == EINVAL ? noErr : LastStatus();
+    return WithOpenFork(inForkRefNum, [](OpenFork& fork) {
+        if (fork.isResource)
+            return WriteBack(fork);
+        return ::fsync(fork.data.Get()) == 0 || errno == EINVAL ? OSErr(noErr) : LastStatus();
+    });
 }
 
 OSErr FSGetForkCBInfo(SInt16 inDesiredRefNum, FSVolumeRefNum inVolume, SInt16* ioIterator, SInt16* outActualRefNum,
                       FSForkInfo* outForkInfo, FSRef* outRef, HFSUniStr255* outForkName)
 {
-    ForkTable& table = ForkTable::Shared();
-    auto guard = table.Lock();
-    SInt16 refNum = inDesiredRefNum;
-    if (refNum == 0) {
-        if (ioIterator == nullptr)
-            return paramErr;
-        refNum = table.Next(*ioIterator);
-        while (refNum != 0 && inVolume != kFSInvalidVolumeRefNum &&
-               VolumeRefNumOf(table.Find(refNum)->key.device) != inVolume)
-            refNum = table.Next(refNum);
-        if (refNum == 0)
-            return errFSNoMoreItems;
-        *ioIterator = refNum;
-    }
-    OpenFork* fork = table.Find(refNum);
+    if (inDesiredRefNum == 0 && ioIterator == nullptr)
+        return paramErr;
+    auto [refNum, fork] = inDesiredRefNum != 0 ? std::pair(inDesiredRefNum, ForkTable::Shared().Find(inDesiredRefNum))
+                                               : NextOnVolume(*ioIterator, inVolume);
     if (fork == nullptr)
-        return rfNumErr;
+        return inDesiredRefNum != 0 ? OSErr(rfNumErr) : OSErr(errFSNoMoreItems);
     if (outActualRefNum)
         *outActualRefNum = refNum;
     if (outForkInfo)

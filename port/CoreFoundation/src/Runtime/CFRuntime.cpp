@@ -9,6 +9,8 @@
 #include <limits>
 #include <mutex>
 
+#include <sys/single_threaded.h>
+
 namespace cf {
 
 namespace {
@@ -41,6 +43,21 @@ TypeRegistry& Registry()
 {
     static TypeRegistry registry;
     return registry;
+}
+
+// A locked read-modify-write costs several times what the rest of a retain or release does.
+// While the process has one thread no one else can see the count, so plain arithmetic is
+// exact; the C library clears the flag in pthread_create, before a second thread exists, and
+// thread creation orders our earlier plain stores before anything the new thread reads.
+// Answers the count before the change.
+CFIndex AddToCount(std::atomic<CFIndex>& ioCount, CFIndex inDelta, std::memory_order inOrder)
+{
+    if (__libc_single_threaded) {
+        CFIndex before = ioCount.load(std::memory_order_relaxed);
+        ioCount.store(before + inDelta, std::memory_order_relaxed);
+        return before;
+    }
+    return ioCount.fetch_add(inDelta, inOrder);
 }
 
 }  // namespace
@@ -132,7 +149,7 @@ struct Runtime {
     {
         const Object& object = Validate(inRef, "CFRetain");
         if (!object.mStatic)
-            const_cast<Object&>(object).mRetainCount.fetch_add(1, std::memory_order_relaxed);
+            AddToCount(const_cast<Object&>(object).mRetainCount, 1, std::memory_order_relaxed);
     }
 
     __attribute__((no_sanitize("vptr"))) static void Release(CFTypeRef inRef)
@@ -144,7 +161,7 @@ struct Runtime {
             Fatal("CFRelease", "%p is not an object of the runtime", inRef);
         if (object.mStatic)
             return;
-        CFIndex before = object.mRetainCount.fetch_sub(1, std::memory_order_acq_rel);
+        CFIndex before = AddToCount(object.mRetainCount, -1, std::memory_order_acq_rel);
         if (before > 1)
             return;
         if (before < 1) {

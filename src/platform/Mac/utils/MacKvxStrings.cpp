@@ -60,13 +60,18 @@ std::string stringValue(const Gx::Exception& inException)
     if (message.IsValid())
         CFStringGetCString(message, text, 256, kCFStringEncodingUTF8);
 
-    // Room for three characters and the NUL: the code itself never makes it into the text.
-    // The compiler rightly sees the cut coming; here it is the output wanted.
+    // Room for three characters and the NUL, so every text ends in "; F" and the code itself
+    // never appears. That cut is intended, and callers match this exact form: do not widen it.
     char* end = text + std::strlen(text);
+    // GCC rightly sees the cut coming; clang has no such warning and rejects its name.
+#if defined(__GNUC__) && !defined(__clang__)
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wformat-truncation"
+#endif
     std::snprintf(end, 4, "; FourCharCode=%lu;", static_cast<unsigned long>(inException.What()));
+#if defined(__GNUC__) && !defined(__clang__)
 #pragma GCC diagnostic pop
+#endif
     return text;
 }
 

@@ -6,6 +6,8 @@ constinit const SourceLocation sourceLocation_Nothing;
 
 constinit OSError::ThrowFunc OSError::sThrowFunc = nullptr;
 
+// The message is dropped on purpose: an exception is its class, identifier and status, and an
+// empty reason is the intended answer, not a lost one.
 Exception::Exception(ExceptionIDT inID, const char*, const SourceLocation&) : mExceptionID(inID) {}
 
 StringPtr Exception::Why(StringPtr outReason) const
