@@ -5,6 +5,9 @@
 
 #include <QAbstractButton>
 #include <QLabel>
+#include <QVariant>
+
+#include <algorithm>
 
 using appkit::FromQString;
 using appkit::ToQString;
@@ -31,6 +34,24 @@ NSButton::NSButton(QWidget* inButton) : NSControl(inButton, false)
         QObject::connect(button, &QAbstractButton::clicked, button, [this] { sendAction(); });
 }
 
+namespace {
+// A title longer than the width the interface file gave the button would otherwise run into
+// its edges, and some styles pad a push button's text very little; a button keeps its
+// interface width as a floor and grows to its size hint plus an em on each side.
+void FitToTitle(QAbstractButton& ioButton)
+{
+    static constexpr const char* kDesignedWidth = "appkitDesignedWidth";
+    QVariant designed = ioButton.property(kDesignedWidth);
+    if (!designed.isValid()) {
+        designed = ioButton.minimumWidth();
+        ioButton.setProperty(kDesignedWidth, designed);
+    }
+    const int em = ioButton.fontMetrics().horizontalAdvance(QLatin1Char('M'));
+    ioButton.setMinimumWidth(std::max(designed.toInt(), ioButton.sizeHint().width() + 2 * em));
+    ioButton.updateGeometry();
+}
+} // namespace
+
 NSString* NSButton::title() const
 {
     auto* button = qobject_cast<QAbstractButton*>(widget());
@@ -42,6 +63,7 @@ void NSButton::setTitle(NSString* inTitle)
     if (auto* button = qobject_cast<QAbstractButton*>(widget())) {
         // Qt reads '&' as a shortcut mark; a button title shows it as it is.
         button->setText(ToQString(inTitle).replace(QLatin1Char('&'), QLatin1String("&&")));
+        FitToTitle(*button);
     }
 }
 

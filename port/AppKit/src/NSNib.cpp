@@ -7,6 +7,8 @@
 #include <QAbstractButton>
 #include <QFile>
 #include <QLabel>
+#include <QDir>
+#include <QFileInfo>
 #include <QUiLoader>
 #include <QWidget>
 
@@ -82,6 +84,8 @@ NSView* NSLoadInterface(NSString* inPath, NSObject& inOwner, const NSOutletTable
         return nullptr;
     }
     QUiLoader loader;
+    // Images an interface names (an icon beside a heading) are files next to it.
+    loader.setWorkingDirectory(QFileInfo(file).absoluteDir());
     QWidget* top = loader.load(&file);
     if (top == nullptr) {
         NSLog(NSSTR("Interface: %@ is not a readable interface: %s"), inPath, loader.errorString().toUtf8().constData());

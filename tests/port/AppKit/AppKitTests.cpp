@@ -145,6 +145,7 @@ TEST(AppKitControls, TitlesMnemonicsAndActions)
     auto* top = new QWidget;
     auto* label = new QLabel(top);
     auto* push = new QPushButton(top);
+    push->setMinimumWidth(60);  // as an interface file would
     NSView* view = NSNew<NSView>(top, true);
     NSTextField* field = NSNew<NSTextField>(label);
     NSButton* button = NSNew<NSButton>(push);
@@ -155,6 +156,16 @@ TEST(AppKitControls, TitlesMnemonicsAndActions)
     EXPECT_EQ(field->stringValue()->UTF8String(), "Start & stop & more");
     button->setTitle(NSSTR("Save & Quit"));
     EXPECT_EQ(button->title()->UTF8String(), "Save & Quit");
+
+    // A long title widens the button past its designed width with room beside the text; a
+    // short one afterwards gives that width back, down to no less than the designed one.
+    button->setTitle(NSSTR("A title far longer than sixty pixels could ever hold"));
+    const int textWidth = push->fontMetrics().horizontalAdvance(push->text());
+    EXPECT_GT(push->minimumWidth(), textWidth + push->fontMetrics().horizontalAdvance(QLatin1Char('M')));
+    const int wide = push->minimumWidth();
+    button->setTitle(NSSTR("Go"));
+    EXPECT_LT(push->minimumWidth(), wide);
+    EXPECT_GE(push->minimumWidth(), 60);
 
     Probe* probe = NSNew<Probe>();
     button->setTarget(probe);

@@ -4,7 +4,7 @@
 #   Contents/MacOS/Vemora spindeck.app        link to ../../application-bundles/Vemora spindeck.app
 #                                             beside the pane's folder
 #   Contents/MacOS/Vemora spindeck            link to the one above
-#   Contents/Resources/KestrelPrefPane.ui, <lang>.lproj/Localizable.strings
+#   Contents/Resources/KestrelPrefPane.ui, spindeck.svg (the icon), <lang>.lproj/Localizable.strings
 # The pane finds the configuration application as its auxiliary executable named after its
 # CFBundleName with ".app/" appended: the two links make that path the installed application,
 # and when the application is missing both links dangle, so the pane reports it not found.
@@ -20,6 +20,7 @@ file(MAKE_DIRECTORY "${contents}/MacOS" "${contents}/Resources/en.lproj" "${cont
 file(COPY_FILE "${SOURCE}/Info.plist" "${contents}/Info.plist" ONLY_IF_DIFFERENT)
 file(COPY_FILE "${CODE}" "${contents}/MacOS/KestrelConfig" ONLY_IF_DIFFERENT)
 file(COPY_FILE "${SOURCE}/KestrelPrefPane.ui" "${contents}/Resources/KestrelPrefPane.ui" ONLY_IF_DIFFERENT)
+file(COPY_FILE "${SOURCE}/spindeck.svg" "${contents}/Resources/spindeck.svg" ONLY_IF_DIFFERENT)
 
 get_filename_component(panes "${PANE}" DIRECTORY)
 get_filename_component(SPINDECK_APPLICATIONS_FOLDER "${panes}/../application-bundles" ABSOLUTE)
