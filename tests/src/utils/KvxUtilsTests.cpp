@@ -60,9 +60,11 @@ TEST(KvxConvertToLong, AcceptsOnlyAWholeDecimalNumber)
         EXPECT_THROW(kvx::ConvertToLong(bad), std::domain_error) << "input \"" << kvx::conv_string_W2S(bad) << '"';
     EXPECT_THROW(kvx::ConvertToLong(std::wstring(L"12\0" L"3", 4)), std::domain_error);
     EXPECT_THAT([] { kvx::ConvertToLong(L"12x"); },
-                testing::ThrowsMessage<std::domain_error>(testing::StrEq(
-                    std::string("Error at ") + KVX_UTILS_SOURCE_PATH +
-                    ": found invalid char while converting string 12x to long number.")));
+                testing::ThrowsMessage<std::domain_error>(testing::AllOf(
+                    testing::StartsWith("Error at "),
+                    // The path is the one the compiler was given: absolute from CMake, relative
+                    // when a compiler cache rewrites it.
+                    testing::EndsWith("src/utils/KvxUtils.cpp: found invalid char while converting string 12x to long number."))));
 }
 
 TEST(KvxText, UTF16UnitsAndFileNames)
