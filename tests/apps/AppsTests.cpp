@@ -22,7 +22,7 @@ struct Result {
 };
 
 // Runs a shell command; paths reach it through the environment, so nothing needs quoting.
-// Output goes to files, not pipes: helpers the command starts keep its standard output open.
+// Output goes to files, read once the command has ended.
 Result RunShell(const std::string& inCommand, const std::string& inOutputFile)
 {
     int status = std::system((inCommand + " >\"" + inOutputFile + ".out\" 2>\"" + inOutputFile + ".err\"").c_str());

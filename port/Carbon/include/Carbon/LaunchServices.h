@@ -11,8 +11,9 @@
 //   PATH) is given it, and kLSApplicationNotFoundErr answers when there is none.
 //
 // Started programs are detached: a session of their own, standard input from /dev/null,
-// no descriptor of the caller but standard output and error, the working folder "/", and
-// they outlive the caller. The call returns once the program is running, so a program that
+// standard output and error to the user's journal under the program's file name (to
+// /dev/null without one), no descriptor of the caller, the working folder "/", and they
+// outlive the caller. The call returns once the program is running, so a program that
 // cannot be executed is a status, never a silent failure later.
 #pragma once
 

@@ -10,13 +10,21 @@
 //
 // Whether exec succeeded comes back through a pipe whose write end closes on exec: the
 // launcher reads end-of-file when the program runs, or the errno of the failure.
+//
+// The program's standard output and error go to the user's journal, under the program's file
+// name, or to /dev/null when there is no journal: never to the host's own, since a program
+// that kept them would hold the host's terminal or pipe open for its whole life, and a reader
+// of the host's output would wait for a program it never knew about.
 #include "LaunchServicesSpawn.h"
 
 #include <PortSupport/UniqueDescriptor.h>
 
 #include <Carbon/MacErrors.h>
 
+#include <systemd/sd-journal.h>
+
 #include <fcntl.h>
+#include <syslog.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -45,7 +53,7 @@ public:
         mArgv.push_back(nullptr);
     }
 
-    [[noreturn]] void Exec(int inStatusFd) const;
+    [[noreturn]] void Exec(int inStatusFd, int inOutputFd) const;
 
 private:
     std::string mProgram;
@@ -93,16 +101,16 @@ void RestoreDefaultSignals()
     ::sigprocmask(SIG_SETMASK, &none, nullptr);
 }
 
-void ReadFromNull()
+// Input from /dev/null, output and error to inOutputFd, whichever of them the host had closed.
+void RedirectStandardDescriptors(int inOutputFd)
 {
     int null = ::open("/dev/null", O_RDONLY);
-    if (null < 0)
-        return;
-    if (null != STDIN_FILENO)
+    if (null >= 0 && null != STDIN_FILENO)
         ::dup2(null, STDIN_FILENO);
-    // A host that had closed its standard output or error gets /dev/null there as well.
     if (null > STDERR_FILENO)
         ::close(null);
+    ::dup2(inOutputFd, STDOUT_FILENO);
+    ::dup2(inOutputFd, STDERR_FILENO);
 }
 
 // Every descriptor above standard error closes at exec, whether or not its owner asked for
@@ -120,10 +128,10 @@ void CloseHostDescriptorsOnExec()
         ::fcntl(fd, F_SETFD, FD_CLOEXEC);
 }
 
-void ExecImage::Exec(int inStatusFd) const
+void ExecImage::Exec(int inStatusFd, int inOutputFd) const
 {
     RestoreDefaultSignals();
-    ReadFromNull();
+    RedirectStandardDescriptors(inOutputFd);
     CloseHostDescriptorsOnExec();
     // Like any launched application, the program does not keep the host's folder in use.
     if (::chdir("/") != 0)
@@ -132,7 +140,7 @@ void ExecImage::Exec(int inStatusFd) const
     ReportAndExit(inStatusFd, errno);
 }
 
-[[noreturn]] void RunIntermediate(const ExecImage& inImage, int inStatusFd)
+[[noreturn]] void RunIntermediate(const ExecImage& inImage, int inStatusFd, int inOutputFd)
 {
     if (::setsid() < 0)
         ReportAndExit(inStatusFd, errno);
@@ -141,7 +149,7 @@ void ExecImage::Exec(int inStatusFd) const
     if (program < 0)
         ReportAndExit(inStatusFd, errno);
     if (program == 0)
-        inImage.Exec(inStatusFd);
+        inImage.Exec(inStatusFd, inOutputFd);
     ::_exit(0);
 }
 
@@ -164,7 +172,14 @@ OSStatus ReadExecOutcome(int inStatusFd)
     return length == sizeof childErrno ? StatusOfSpawnErrno(childErrno) : OSStatus(kLSUnknownErr);
 }
 
-// The pipe must not sit on a standard descriptor, which the new process replaces.
+// Descriptors handed to the new process must not sit on a standard descriptor, which it
+// replaces; a host that closed its own leaves those numbers free for the next open.
+void MoveAboveStandardDescriptors(port::UniqueDescriptor& ioFd)
+{
+    if (ioFd && ioFd.Get() <= STDERR_FILENO)
+        ioFd.Reset(::fcntl(ioFd.Get(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
+}
+
 bool MakeStatusPipe(port::UniqueDescriptor& outRead, port::UniqueDescriptor& outWrite)
 {
     int ends[2];
@@ -172,10 +187,23 @@ bool MakeStatusPipe(port::UniqueDescriptor& outRead, port::UniqueDescriptor& out
         return false;
     outRead.Reset(ends[0]);
     outWrite.Reset(ends[1]);
-    for (port::UniqueDescriptor* end : {&outRead, &outWrite})
-        if (end->Get() <= STDERR_FILENO)
-            end->Reset(::fcntl(end->Get(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
+    MoveAboveStandardDescriptors(outRead);
+    MoveAboveStandardDescriptors(outWrite);
     return outRead && outWrite;
+}
+
+// Made here rather than in the new process, which may not allocate. Close-on-exec like the
+// rest, so that programs other threads start do not inherit it.
+port::UniqueDescriptor OpenOutput(const std::string& inProgram)
+{
+    std::string identifier = inProgram.substr(inProgram.rfind('/') + 1);
+    port::UniqueDescriptor output(::sd_journal_stream_fd(identifier.c_str(), LOG_INFO, 0));
+    if (output)
+        ::fcntl(output.Get(), F_SETFD, FD_CLOEXEC);
+    else
+        output.Reset(::open("/dev/null", O_WRONLY | O_CLOEXEC));
+    MoveAboveStandardDescriptors(output);
+    return output;
 }
 
 }  // namespace
@@ -210,16 +238,20 @@ OSStatus SpawnDetached(const std::string& inProgram, std::span<const std::string
     port::UniqueDescriptor statusRead, statusWrite;
     if (!MakeStatusPipe(statusRead, statusWrite))
         return StatusOfSpawnErrno(errno);
+    port::UniqueDescriptor output = OpenOutput(inProgram);
+    if (!output)
+        return StatusOfSpawnErrno(errno);
 
     pid_t intermediate;
     {
         SignalsBlocked blocked;
         intermediate = ::fork();
         if (intermediate == 0)
-            RunIntermediate(image, statusWrite.Get());
+            RunIntermediate(image, statusWrite.Get(), output.Get());
     }
     int forkErrno = errno;
     statusWrite.Reset();
+    output.Reset();
     if (intermediate < 0)
         return StatusOfSpawnErrno(forkErrno);
     Reap(intermediate);

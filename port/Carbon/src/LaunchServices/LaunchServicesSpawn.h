@@ -10,8 +10,9 @@
 namespace carbon::ls {
 
 // Runs the program at the absolute path inProgram, with inArguments after argv[0], the
-// caller's environment, standard input from /dev/null, standard output and error shared
-// with the caller, no other descriptor, default signal handling and "/" as its folder.
+// caller's environment, standard input from /dev/null, standard output and error to the
+// user's journal (else /dev/null), no other descriptor, default signal handling and "/" as
+// its folder.
 // noErr once it has been executed; the status of exec's failure otherwise.
 OSStatus SpawnDetached(const std::string& inProgram, std::span<const std::string> inArguments);
 

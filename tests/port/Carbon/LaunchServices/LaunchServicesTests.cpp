@@ -8,10 +8,12 @@
 
 #include <gtest/gtest.h>
 
+#include <poll.h>
 #include <sys/wait.h>
 
 #include <set>
 #include <sstream>
+#include <utility>
 #include <vector>
 
 using namespace spindeck::test;
@@ -57,6 +59,57 @@ std::size_t OpenDescriptorCount()
     return std::size_t(std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator()));
 }
 
+// The test's own standard output and error go into a pipe until Restore, as when the test
+// program's output is piped to a reader.
+class OutputToPipe {
+public:
+    OutputToPipe()
+    {
+        if (::pipe2(mEnds, O_CLOEXEC) != 0)
+            return;
+        for (int fd : {STDOUT_FILENO, STDERR_FILENO}) {
+            mSaved[fd - STDOUT_FILENO] = ::dup(fd);
+            ::dup2(mEnds[1], fd);
+        }
+    }
+    OutputToPipe(const OutputToPipe&) = delete;
+    OutputToPipe& operator=(const OutputToPipe&) = delete;
+    ~OutputToPipe()
+    {
+        Restore();
+        if (mEnds[0] >= 0)
+            ::close(mEnds[0]);
+    }
+
+    // Gives the test its output back and closes every end of the pipe's writing side it held.
+    void Restore()
+    {
+        for (int fd : {STDOUT_FILENO, STDERR_FILENO})
+            if (int& saved = mSaved[fd - STDOUT_FILENO]; saved >= 0) {
+                ::dup2(saved, fd);
+                ::close(std::exchange(saved, -1));
+            }
+        if (mEnds[1] >= 0)
+            ::close(std::exchange(mEnds[1], -1));
+    }
+
+    // What the reader sees within a few seconds: "" at end-of-file, else what it read or a
+    // note that it is still waiting.
+    std::string Read()
+    {
+        pollfd readable{mEnds[0], POLLIN, 0};
+        if (::poll(&readable, 1, 5000) != 1)
+            return "(still open, nothing written)";
+        char bytes[256];
+        ssize_t length = ::read(mEnds[0], bytes, sizeof bytes);
+        return length > 0 ? std::string(bytes, std::size_t(length)) : std::string();
+    }
+
+private:
+    int mEnds[2] = {-1, -1};
+    int mSaved[2] = {-1, -1};
+};
+
 TEST(LaunchServices, StartsAProgramDetachedWithItsItems)
 {
     TemporaryFolder folder;
@@ -85,6 +138,34 @@ TEST(LaunchServices, StartsAProgramDetachedWithItsItems)
     auto [first, last] = started->equal_range("arg");
     std::multimap<std::string, std::string> arguments(first, last);
     EXPECT_EQ(arguments, (LaunchReport{{"arg", folder.Path("a b")}, {"arg", "https://example.org/a?b=1"}}));
+}
+
+TEST(LaunchServices, LaunchedProgramsDoNotHoldTheCallersOutputOpen)
+{
+    TemporaryFolder folder;
+    WriteProgram(folder.Path("garbage"), "neither a program nor a script\n");
+    URL app = PathURL(kTarget), report = PathURL(folder.Path("report")), missing = PathURL(folder.Path("missing")),
+        garbage = PathURL(folder.Path("garbage"));
+    OutputToPipe output;
+    OSStatus launched = Launch(app.get(), {report.get()}, 0);
+    // What cannot be executed is still told, though the program's output goes elsewhere.
+    OSStatus missingStatus = LSOpenCFURLRef(missing.get(), nullptr);
+    OSStatus garbageStatus = LSOpenCFURLRef(garbage.get(), nullptr);
+    std::optional<LaunchReport> started = AwaitReport(folder.Path("report"));
+    output.Restore();
+    ASSERT_EQ(launched, noErr);
+    EXPECT_EQ(missingStatus, fnfErr);
+    EXPECT_EQ(garbageStatus, kLSNoExecutableErr);
+    ASSERT_TRUE(started);
+    Launched program{PIDOf(*started)};
+
+    // The program has written its lines and still runs, yet the reader is at the end.
+    EXPECT_EQ(output.Read(), "");
+    EXPECT_FALSE(IsGone(program.pid));
+    // The journal when the machine has one, else nowhere.
+    std::string written = Value(*started, "stdout");
+    EXPECT_TRUE(written == "/dev/null" || written.starts_with("socket:")) << written;
+    EXPECT_EQ(Value(*started, "stderr"), written);
 }
 
 TEST(LaunchServices, RunsABundleOnceUnlessAnotherInstanceIsAsked)

@@ -2,8 +2,9 @@
 // or a minute at most, so that a failed test leaves nothing running.
 //
 // The report goes to the file named by the first argument, else by $SPINDECK_LAUNCH_REPORT,
-// as "key=value" lines (pid, sid, fds open at start, cwd, stdin, one "arg" per further
-// argument), written under another name and renamed so that nobody reads half of it.
+// as "key=value" lines (pid, sid, fds open at start, cwd, stdin, stdout, stderr, one "arg" per
+// further argument), written under another name and renamed so that nobody reads half of it.
+// A line goes to standard output and one to standard error before the report is written.
 #include <fcntl.h>
 #include <limits.h>
 #include <unistd.h>
@@ -56,9 +57,13 @@ int main(int argc, char** argv)
 
     std::string report = "pid=" + std::to_string(::getpid()) + "\nsid=" + std::to_string(::getsid(0)) +
                          "\nfds=" + fds + "\ncwd=" + LinkTarget("/proc/self/cwd") +
-                         "\nstdin=" + LinkTarget("/proc/self/fd/0") + "\n";
+                         "\nstdin=" + LinkTarget("/proc/self/fd/0") + "\nstdout=" + LinkTarget("/proc/self/fd/1") +
+                         "\nstderr=" + LinkTarget("/proc/self/fd/2") + "\n";
     for (int i = 2; i < argc; ++i)
         report += std::string("arg=") + argv[i] + "\n";
+    std::printf("LaunchTarget %d started\n", int(::getpid()));
+    std::fflush(stdout);
+    std::fprintf(stderr, "LaunchTarget %d: a line on standard error\n", int(::getpid()));
     if (!WriteReport(reportPath, report))
         return 3;
 

