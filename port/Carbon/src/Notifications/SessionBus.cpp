@@ -26,7 +26,7 @@ struct BusError : sd_bus_error {
     BusError& operator=(const BusError&) = delete;
 };
 
-// The message as the specification of desktop notifications has it: application name,
+// The message as the freedesktop notifications protocol has it: application name,
 // identifier to replace (none), icon (none), summary, body, actions (none), hints, and the
 // time it stays up (until closed, as a note stays until the user dismisses it).
 int AppendNotify(sd_bus_message* ioCall, const Notice& inNotice)
