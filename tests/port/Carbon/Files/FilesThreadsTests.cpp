@@ -1,6 +1,7 @@
 // The File Manager from several threads at once: forks read and written while files are
-// renamed, a fork closed under a read in another thread, and one file's resource fork
-// written through openings in several threads. Run under ThreadSanitizer too (tsan preset).
+// renamed, a fork closed under a read in another thread, one file's resource fork written
+// through openings in several threads, and items looked up while they and their folder are
+// renamed and moved. Run under ThreadSanitizer too (tsan preset).
 #include "FilesTesting.h"
 
 #include <atomic>
@@ -154,6 +155,78 @@ TEST(FilesThreads, OneResourceForkOpenedInSeveralThreads)
     for (int i = 0; i < kWorkers; ++i)
         expected += std::string(20, char('A' + i));
     EXPECT_EQ(bytes, expected);
+}
+
+// What a look-up of one item found wrong, if anything. The item and its folder are being
+// renamed and moved meanwhile, so a look-up by name may miss it (fnfErr); whatever is found
+// must be this item, in this folder, under one of its own names.
+std::string LookUp(const FSRef& inItem, const FSRef& inFolder, const std::string& inPrefix, int& ioFound)
+{
+    FSCatalogInfo info{};
+    HFSUniStr255 name{};
+    FSRef parent{}, byName{};
+    OSErr status = FSGetCatalogInfo(&inItem, kFSCatInfoParentDirID, &info, &name, nullptr, &parent);
+    if (status == fnfErr)
+        return {};
+    if (status != noErr)
+        return "catalog information: " + std::to_string(status);
+    if (FSCompareFSRefs(&parent, &inFolder) != noErr)
+        return "another parent";
+    std::u16string found = NameOf(name);
+    if (found.rfind(Units(inPrefix), 0) != 0)
+        return "another name";
+    status = FSMakeFSRefUnicode(&inFolder, found.size(), Chars(found), kTextEncodingUnknown, &byName);
+    if (status == noErr && FSCompareFSRefs(&byName, &inItem) != noErr)
+        return "its name led to another item";
+    if (status != noErr && status != fnfErr)
+        return "look-up by name: " + std::to_string(status);
+    ++ioFound;
+    return {};
+}
+
+// References follow their items through renames and moves made while other threads look
+// them up, and the table ends up knowing each item where it is.
+TEST(FilesThreads, ItemsLookedUpWhileTheyAndTheirFolderAreRenamedAndMoved)
+{
+    TemporaryFolder folder;
+    FSRef sides[2] = {CreateFolder(RefOf(folder.Path()), "left"), CreateFolder(RefOf(folder.Path()), "right")};
+    FSRef box = CreateFolder(sides[0], "box");
+    std::vector<FSRef> items;
+    for (int i = 0; i < kWorkers; ++i)
+        items.push_back(CreateFile(box, "item" + std::to_string(i)));
+    std::atomic<bool> done{false};
+    int changeFailures = 0, turns = 0;
+    std::thread changer([&] {
+        for (; !done || turns < 2; ++turns) {
+            changeFailures += FSMoveObject(&box, &sides[(turns + 1) % 2], nullptr) != noErr;
+            changeFailures += Rename(box, "box" + std::to_string(turns % 3)) != noErr;
+            std::string suffix = "-" + std::to_string(turns % 3);
+            for (int i = 0; i < kWorkers; ++i)
+                changeFailures += Rename(items[i], "item" + std::to_string(i) + suffix) != noErr;
+        }
+    });
+    std::vector<std::string> failures(kWorkers);
+    std::vector<int> found(kWorkers);
+    std::vector<std::thread> lookers;
+    for (int i = 0; i < kWorkers; ++i)
+        lookers.emplace_back([&, i] {
+            for (int round = 0; round < 200 && failures[i].empty(); ++round)
+                failures[i] = LookUp(items[i], box, "item" + std::to_string(i), found[i]);
+        });
+    for (std::thread& looker : lookers)
+        looker.join();
+    done = true;
+    changer.join();
+    EXPECT_EQ(changeFailures, 0);
+    std::string last = "-" + std::to_string((turns - 1) % 3);
+    std::string boxPath = folder.Path(std::string(turns % 2 ? "right" : "left") + "/box" + last.substr(1));
+    for (int i = 0; i < kWorkers; ++i) {
+        EXPECT_EQ(failures[i], "") << "item " << i;
+        EXPECT_GT(found[i], 0) << "item " << i << " was never found";
+        UInt8 path[1024];
+        ASSERT_EQ(FSRefMakePath(&items[i], path, sizeof path), noErr);
+        EXPECT_EQ(reinterpret_cast<const char*>(path), boxPath + "/item" + std::to_string(i) + last);
+    }
 }
 
 }  // namespace
