@@ -147,10 +147,10 @@ TEST(LaunchServices, LaunchedProgramsDoNotHoldTheCallersOutputOpen)
     URL app = PathURL(kTarget), report = PathURL(folder.Path("report")), missing = PathURL(folder.Path("missing")),
         garbage = PathURL(folder.Path("garbage"));
     OutputToPipe output;
-    OSStatus launched = Launch(app.get(), {report.get()}, 0);
+    OSStatus launched = Launch(app.Get(), {report.Get()}, 0);
     // What cannot be executed is still told, though the program's output goes elsewhere.
-    OSStatus missingStatus = LSOpenCFURLRef(missing.get(), nullptr);
-    OSStatus garbageStatus = LSOpenCFURLRef(garbage.get(), nullptr);
+    OSStatus missingStatus = LSOpenCFURLRef(missing.Get(), nullptr);
+    OSStatus garbageStatus = LSOpenCFURLRef(garbage.Get(), nullptr);
     std::optional<LaunchReport> started = AwaitReport(folder.Path("report"));
     output.Restore();
     ASSERT_EQ(launched, noErr);
