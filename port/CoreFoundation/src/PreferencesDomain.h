@@ -19,8 +19,9 @@ public:
 
     // A new value (the caller releases it), or NULL when the key has none.
     CFPropertyListRef Copy(const std::string& inKey);
-    // A null value removes the key.
-    void Set(const std::string& inKey, plist::Node inValue);
+    // A null value removes the key. The value must be immutable all through (as one the
+    // domain answered, or a deep copy): it is handed out as it is.
+    void Set(const std::string& inKey, plist::OwnedValue inValue);
     // Writes the pending changes merged onto what the file holds now, and reads what other
     // processes wrote. False when the changes could not be written; they stay pending then.
     bool Synchronize();
@@ -33,7 +34,7 @@ private:
 
     DomainLocation mLocation;
     DomainFile mFile;
-    std::map<std::string, plist::Node> mPending;  // a null node is a removal
+    std::map<std::string, plist::OwnedValue> mPending;  // a null value is a removal
 };
 
 // The domains of the process, one per file, kept for its whole life, and the lock that
