@@ -100,10 +100,16 @@ OwnedValue DeepCopy(CFAllocatorRef inAllocator, CFPropertyListRef inValue, CFOpt
     if (inDepth > kMaxDepth)
         return OwnedValue();
     switch (KindOf(inValue)) {
+    // An immutable copy of an immutable string or data is the object itself, which saves
+    // remaking every string of a long list.
     case Kind::String:
+        if (inOptions == kCFPropertyListImmutable)
+            return OwnedValue(CFStringCreateCopy(inAllocator, CFStringRef(inValue)));
         return OwnedValue(MakeString(inAllocator, Units(CFStringRef(inValue)), inOptions));
     case Kind::Data: {
         auto data = CFDataRef(inValue);
+        if (inOptions == kCFPropertyListImmutable)
+            return OwnedValue(CFDataCreateCopy(inAllocator, data));
         return OwnedValue(MakeData(inAllocator, {CFDataGetBytePtr(data), std::size_t(CFDataGetLength(data))}, inOptions));
     }
     case Kind::Number:
@@ -124,7 +130,7 @@ OwnedValue DeepCopy(CFAllocatorRef inAllocator, CFPropertyListRef inValue, CFOpt
         for (auto [key, value] : SortedEntries(CFDictionaryRef(inValue))) {
             if (KindOf(key) != Kind::String)
                 return OwnedValue();
-            keys.emplace_back(MakeString(inAllocator, Units(CFStringRef(key)), kCFPropertyListImmutable));
+            keys.emplace_back(CFStringCreateCopy(inAllocator, CFStringRef(key)));
             values.push_back(DeepCopy(inAllocator, value, inOptions, inDepth + 1));
             if (!keys.back() || !values.back())
                 return OwnedValue();

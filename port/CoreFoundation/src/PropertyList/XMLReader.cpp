@@ -243,13 +243,14 @@ private:
             return false;
         mBytes.clear();
         for (std::size_t at = 0; at < raw.size(); ++at) {
-            char character = raw[at];
-            if (UInt8(character) < 0x20 && character != '\t' && character != '\n')
+            std::size_t plain = at;
+            while (plain < raw.size() && raw[plain] != '&' && (UInt8(raw[plain]) >= 0x20 || raw[plain] == '\t' || raw[plain] == '\n'))
+                ++plain;
+            mBytes.append(raw.substr(at, plain - at));
+            if ((at = plain) == raw.size())
+                break;
+            if (raw[at] != '&')
                 return false;  // line ends would need normalising, control characters are not XML
-            if (character != '&') {
-                mBytes += character;
-                continue;
-            }
             std::size_t end = raw.find(';', at);
             if (end == std::string_view::npos || !Reference(raw.substr(at + 1, end - at - 1)))
                 return false;
@@ -325,9 +326,18 @@ private:
         return Scalar(name, raw);
     }
 
+    // Numbers with leading zeros are left to the full reader, which reads long ones its own way.
+    static bool LeadingZero(std::string_view inText)
+    {
+        std::string_view digits = inText.substr(inText.starts_with('-') ? 1 : 0);
+        return digits.size() > 1 && digits[0] == '0' && digits[1] >= '0' && digits[1] <= '9';
+    }
+
     OwnedValue Scalar(std::string_view inName, std::string_view inText)
     {
         const char* end = inText.data() + inText.size();
+        if (LeadingZero(inText))
+            return {};
         if (inName == "integer") {
             int64_t value = 0;
             auto [stop, error] = std::from_chars(inText.data(), end, value);
