@@ -1,15 +1,23 @@
 #include "LeakCheck.h"
 
+#include <CoreFoundation/CFPreferences.h>
 #include <CoreFoundation/CFRuntime.h>
 
 #include <cstdio>
 
 namespace spindeck::test {
 
-void LeakCheck::OnTestStart(const ::testing::TestInfo&) { mBefore = _CFRuntimeGetLiveObjectCount(); }
+// The preferences store keeps the values of the files it read for the life of the process;
+// they are dropped before counting, and read again at their next use.
+void LeakCheck::OnTestStart(const ::testing::TestInfo&)
+{
+    _CFPreferencesFlushCaches();
+    mBefore = _CFRuntimeGetLiveObjectCount();
+}
 
 void LeakCheck::OnTestEnd(const ::testing::TestInfo& inTest)
 {
+    _CFPreferencesFlushCaches();
     long after = _CFRuntimeGetLiveObjectCount();
     if (after == mBefore)
         return;

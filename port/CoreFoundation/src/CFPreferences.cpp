@@ -206,3 +206,5 @@ CFStringRef _CFPreferencesCopyDomainPath(CFStringRef inApplicationID, CFStringRe
         cf::prefs::Locate(inApplicationID, inUserName, inHostName, "_CFPreferencesCopyDomainPath");
     return location ? cf::MakeString(location->path) : nullptr;
 }
+
+void _CFPreferencesFlushCaches() { DomainTable::Shared().ForgetFiles(); }

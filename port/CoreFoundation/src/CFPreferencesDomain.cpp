@@ -36,9 +36,12 @@ void Apply(CFMutableDictionaryRef ioDictionary, const std::string& inKey, CFType
         CFDictionaryRemoveValue(ioDictionary, key.Get());
 }
 
+// The file's values (none once forgotten) with the pending changes on top.
 Owned<CFMutableDictionaryRef> Merged(const OwnedValue& inValues, const std::map<std::string, OwnedValue>& inPending)
 {
-    Owned<CFMutableDictionaryRef> merged(CFDictionaryCreateMutableCopy(nullptr, 0, Values(inValues)));
+    Owned<CFMutableDictionaryRef> merged(
+        inValues ? CFDictionaryCreateMutableCopy(nullptr, 0, Values(inValues))
+                 : CFDictionaryCreateMutable(nullptr, 0, &kCFTypeDictionaryKeyCallBacks, &kCFTypeDictionaryValueCallBacks));
     for (const auto& [key, value] : inPending)
         Apply(merged.Get(), key, value.Get());
     return merged;
@@ -64,6 +67,8 @@ CFPropertyListRef Domain::Copy(const std::string& inKey)
     Refresh(false);
     if (auto pending = mPending.find(inKey); pending != mPending.end())
         return pending->second ? CFRetain(pending->second.Get()) : nullptr;
+    if (!mFile.values)
+        return nullptr;
     Owned<CFStringRef> key(MakeString(inKey));
     CFTypeRef value = CFDictionaryGetValue(Values(mFile.values), key.Get());
     return value ? CFRetain(value) : nullptr;
@@ -75,6 +80,13 @@ std::vector<std::string> Domain::Keys()
 {
     Refresh(false);
     return DictionaryKeys(Merged(mFile.values, mPending).Get());
+}
+
+void Domain::ForgetFile()
+{
+    mFile.values.Reset();
+    mFile.identity = FileIdentity{};
+    mFile.identity.size = -1;  // matches no file, so the next look reads the file again
 }
 
 bool Domain::Synchronize()
@@ -122,6 +134,13 @@ DomainTable& DomainTable::Shared()
 {
     static auto* table = new DomainTable;  // never destroyed: preferences may be used until exit
     return *table;
+}
+
+void DomainTable::ForgetFiles()
+{
+    std::lock_guard guard(mLock);
+    for (auto& [path, domain] : mDomains)
+        domain->ForgetFile();
 }
 
 Domain& DomainTable::Find(const DomainLocation& inLocation)

@@ -26,6 +26,8 @@ public:
     // processes wrote. False when the changes could not be written; they stay pending then.
     bool Synchronize();
     std::vector<std::string> Keys();
+    // Drops the file's values; they are read again when next needed.
+    void ForgetFile();
 
 private:
     // Rereads the file when it is not the one last read, or always with inForce.
@@ -50,6 +52,8 @@ public:
         std::lock_guard guard(mLock);
         return inAction(Find(inLocation));
     }
+
+    void ForgetFiles();
 
 private:
     Domain& Find(const DomainLocation& inLocation);

@@ -47,3 +47,8 @@ CFArrayRef CFPreferencesCopyKeyList(CFStringRef inApplicationID, CFStringRef inU
 // arguments name a domain that is not kept here. The Folder Manager answers the preferences
 // folder from it, so that the two never disagree.
 CFStringRef _CFPreferencesCopyDomainPath(CFStringRef inApplicationID, CFStringRef inUserName, CFStringRef inHostName);
+
+// A port extension: drops the values the process keeps of the domains' files (changes not yet
+// written stay), so that they are read again at their next use. Tests that count live objects
+// call it first, since those values are otherwise kept for the life of the process.
+void _CFPreferencesFlushCaches();
