@@ -7,8 +7,8 @@
 
 namespace spindeck::test {
 
-// The preferences store keeps the values of the files it read for the life of the process;
-// they are dropped before counting, and read again at their next use.
+// The preferences store keeps what it read and what was set for the life of the process; it
+// is emptied before counting, so each test starts from the files alone.
 void LeakCheck::OnTestStart(const ::testing::TestInfo&)
 {
     _CFPreferencesFlushCaches();

@@ -207,4 +207,4 @@ CFStringRef _CFPreferencesCopyDomainPath(CFStringRef inApplicationID, CFStringRe
     return location ? cf::MakeString(location->path) : nullptr;
 }
 
-void _CFPreferencesFlushCaches() { DomainTable::Shared().ForgetFiles(); }
+void _CFPreferencesFlushCaches() { DomainTable::Shared().ForgetAll(); }

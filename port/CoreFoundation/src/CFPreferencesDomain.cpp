@@ -82,8 +82,9 @@ std::vector<std::string> Domain::Keys()
     return DictionaryKeys(Merged(mFile.values, mPending).Get());
 }
 
-void Domain::ForgetFile()
+void Domain::Forget()
 {
+    mPending.clear();
     mFile.values.Reset();
     mFile.identity = FileIdentity{};
     mFile.identity.size = -1;  // matches no file, so the next look reads the file again
@@ -136,11 +137,11 @@ DomainTable& DomainTable::Shared()
     return *table;
 }
 
-void DomainTable::ForgetFiles()
+void DomainTable::ForgetAll()
 {
     std::lock_guard guard(mLock);
     for (auto& [path, domain] : mDomains)
-        domain->ForgetFile();
+        domain->Forget();
 }
 
 Domain& DomainTable::Find(const DomainLocation& inLocation)

@@ -26,8 +26,8 @@ public:
     // processes wrote. False when the changes could not be written; they stay pending then.
     bool Synchronize();
     std::vector<std::string> Keys();
-    // Drops the file's values; they are read again when next needed.
-    void ForgetFile();
+    // Drops the file's values, read again when next needed, and the unwritten changes.
+    void Forget();
 
 private:
     // Rereads the file when it is not the one last read, or always with inForce.
@@ -53,7 +53,7 @@ public:
         return inAction(Find(inLocation));
     }
 
-    void ForgetFiles();
+    void ForgetAll();
 
 private:
     Domain& Find(const DomainLocation& inLocation);

@@ -48,7 +48,7 @@ CFArrayRef CFPreferencesCopyKeyList(CFStringRef inApplicationID, CFStringRef inU
 // folder from it, so that the two never disagree.
 CFStringRef _CFPreferencesCopyDomainPath(CFStringRef inApplicationID, CFStringRef inUserName, CFStringRef inHostName);
 
-// A port extension: drops the values the process keeps of the domains' files (changes not yet
-// written stay), so that they are read again at their next use. Tests that count live objects
-// call it first, since those values are otherwise kept for the life of the process.
+// A port extension: forgets all the process keeps of the domains, the values read from their
+// files (read again at their next use) and changes not yet written (lost). Tests that count
+// live objects call it between tests, since the store otherwise keeps them for the process's life.
 void _CFPreferencesFlushCaches();
