@@ -1,15 +1,23 @@
 #include "LeakCheck.h"
 
+#include <CoreFoundation/CFPreferences.h>
 #include <CoreFoundation/CFRuntime.h>
 
 #include <cstdio>
 
 namespace spindeck::test {
 
-void LeakCheck::OnTestStart(const ::testing::TestInfo&) { mBefore = _CFRuntimeGetLiveObjectCount(); }
+// The preferences store keeps what it read and what was set for the life of the process; it
+// is emptied before counting, so each test starts from the files alone.
+void LeakCheck::OnTestStart(const ::testing::TestInfo&)
+{
+    _CFPreferencesFlushCaches();
+    mBefore = _CFRuntimeGetLiveObjectCount();
+}
 
 void LeakCheck::OnTestEnd(const ::testing::TestInfo& inTest)
 {
+    _CFPreferencesFlushCaches();
     long after = _CFRuntimeGetLiveObjectCount();
     if (after == mBefore)
         return;

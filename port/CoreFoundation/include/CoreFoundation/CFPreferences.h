@@ -47,3 +47,8 @@ CFArrayRef CFPreferencesCopyKeyList(CFStringRef inApplicationID, CFStringRef inU
 // arguments name a domain that is not kept here. The Folder Manager answers the preferences
 // folder from it, so that the two never disagree.
 CFStringRef _CFPreferencesCopyDomainPath(CFStringRef inApplicationID, CFStringRef inUserName, CFStringRef inHostName);
+
+// A port extension: forgets all the process keeps of the domains, the values read from their
+// files (read again at their next use) and changes not yet written (lost). Tests that count
+// live objects call it between tests, since the store otherwise keeps them for the process's life.
+void _CFPreferencesFlushCaches();

@@ -2,6 +2,7 @@
 // pending until the domain is synchronised.
 #include "PreferencesDomain.h"
 #include "PreferencesLocations.h"
+#include "PropertyList/XMLWriter.h"
 
 #include <CoreFoundation/CFNumber.h>
 #include <CoreFoundation/CFPreferences.h>
@@ -76,19 +77,23 @@ bool BooleanFromString(CFStringRef inString, Boolean& outValue)
     return yes || no;
 }
 
+// The domain keeps an immutable copy, so the caller may go on changing its own value. The
+// value is written out once here so that one the file could not hold is refused now, alone,
+// rather than failing every later write of the domain.
 void SetIn(const DomainLocation& inLocation, const std::string& inKey, CFPropertyListRef inValue)
 {
-    cf::plist::Node node;
+    cf::plist::OwnedValue copy;
     if (inValue) {
-        std::string reason;
-        node = cf::plist::NodeFromValue(inValue, reason);
-        if (!node) {
+        std::string bytes, reason;
+        if (cf::plist::WriteXML(inValue, bytes, reason))
+            copy.Reset(CFPropertyListCreateDeepCopy(nullptr, inValue, kCFPropertyListImmutable));
+        if (!copy) {
             std::fprintf(stderr, "Preferences: the value for \"%s\" was not stored: %s.\n", inKey.c_str(),
-                         reason.c_str());
+                         reason.empty() ? "out of memory" : reason.c_str());
             return;
         }
     }
-    DomainTable::Shared().With(inLocation, [&](cf::prefs::Domain& ioDomain) { ioDomain.Set(inKey, std::move(node)); });
+    DomainTable::Shared().With(inLocation, [&](cf::prefs::Domain& ioDomain) { ioDomain.Set(inKey, std::move(copy)); });
 }
 
 bool SynchronizeIn(const DomainLocation& inLocation)
@@ -201,3 +206,5 @@ CFStringRef _CFPreferencesCopyDomainPath(CFStringRef inApplicationID, CFStringRe
         cf::prefs::Locate(inApplicationID, inUserName, inHostName, "_CFPreferencesCopyDomainPath");
     return location ? cf::MakeString(location->path) : nullptr;
 }
+
+void _CFPreferencesFlushCaches() { DomainTable::Shared().ForgetAll(); }

@@ -1,43 +1,56 @@
 // The values of a domain: its file as last read, with this process's unwritten changes on top.
 #include "PreferencesDomain.h"
+#include "PropertyList/XMLWriter.h"
+
+#include <CoreFoundation/CFString.h>
+#include <CoreFoundation/CFRuntime.h>
 
 #include <cstdio>
-#include <cstdlib>
 
 namespace cf::prefs {
 
 namespace {
 
-std::vector<std::string> DictionaryKeys(plist_t inDictionary)
+using plist::Owned;
+using plist::OwnedValue;
+
+CFDictionaryRef Values(const OwnedValue& inDictionary) { return CFDictionaryRef(inDictionary.Get()); }
+
+// The keys a CF dictionary holds as UTF-8.
+std::vector<std::string> DictionaryKeys(CFDictionaryRef inDictionary)
 {
-    std::vector<std::string> keys;
-    plist_dict_iter iterator = nullptr;
-    plist_dict_new_iter(inDictionary, &iterator);
-    std::unique_ptr<void, decltype(&std::free)> iteratorOwner(iterator, &std::free);
-    for (;;) {
-        char* key = nullptr;
-        plist_t value = nullptr;
-        plist_dict_next_item(inDictionary, iterator, &key, &value);
-        std::unique_ptr<char, decltype(&std::free)> keyOwner(key, &std::free);
-        if (value == nullptr)
-            return keys;
-        keys.emplace_back(key ? key : "");
-    }
+    std::vector<const void*> keys(std::size_t(CFDictionaryGetCount(inDictionary)));
+    CFDictionaryGetKeysAndValues(inDictionary, keys.data(), nullptr);
+    std::vector<std::string> names;
+    for (const void* key : keys)
+        names.push_back(UTF8(CFStringRef(key)));
+    return names;
 }
 
-void Apply(plist_t ioDictionary, const std::string& inKey, const plist::Node& inValue)
+void Apply(CFMutableDictionaryRef ioDictionary, const std::string& inKey, CFTypeRef inValue)
 {
+    Owned<CFStringRef> key(MakeString(inKey));
     if (inValue)
-        plist_dict_set_item(ioDictionary, inKey.c_str(), plist_copy(inValue.get()));
-    else if (plist_dict_get_item(ioDictionary, inKey.c_str()))
-        plist_dict_remove_item(ioDictionary, inKey.c_str());
+        CFDictionarySetValue(ioDictionary, key.Get(), inValue);
+    else
+        CFDictionaryRemoveValue(ioDictionary, key.Get());
+}
+
+// The file's values (none once forgotten) with the pending changes on top.
+Owned<CFMutableDictionaryRef> Merged(const OwnedValue& inValues, const std::map<std::string, OwnedValue>& inPending)
+{
+    Owned<CFMutableDictionaryRef> merged(
+        inValues ? CFDictionaryCreateMutableCopy(nullptr, 0, Values(inValues))
+                 : CFDictionaryCreateMutable(nullptr, 0, &kCFTypeDictionaryKeyCallBacks, &kCFTypeDictionaryValueCallBacks));
+    for (const auto& [key, value] : inPending)
+        Apply(merged.Get(), key, value.Get());
+    return merged;
 }
 
 }  // namespace
 
 Domain::Domain(DomainLocation inLocation) : mLocation(std::move(inLocation))
 {
-    mFile.values.reset(plist_new_dict());
     Refresh(true);
 }
 
@@ -48,27 +61,33 @@ void Domain::Refresh(bool inForce)
     mFile = ReadDomainFile(mLocation.path, mLocation.writable);
 }
 
+// The stored values are immutable all through, so the caller gets the value itself.
 CFPropertyListRef Domain::Copy(const std::string& inKey)
 {
     Refresh(false);
-    plist_t value = nullptr;
     if (auto pending = mPending.find(inKey); pending != mPending.end())
-        value = pending->second.get();
-    else
-        value = plist_dict_get_item(mFile.values.get(), inKey.c_str());
-    std::string ignored;  // stored values were checked when they were read or set
-    return value ? plist::ValueFromNode(value, nullptr, kCFPropertyListImmutable, ignored) : nullptr;
+        return pending->second ? CFRetain(pending->second.Get()) : nullptr;
+    if (!mFile.values)
+        return nullptr;
+    Owned<CFStringRef> key(MakeString(inKey));
+    CFTypeRef value = CFDictionaryGetValue(Values(mFile.values), key.Get());
+    return value ? CFRetain(value) : nullptr;
 }
 
-void Domain::Set(const std::string& inKey, plist::Node inValue) { mPending[inKey] = std::move(inValue); }
+void Domain::Set(const std::string& inKey, OwnedValue inValue) { mPending[inKey] = std::move(inValue); }
 
 std::vector<std::string> Domain::Keys()
 {
     Refresh(false);
-    plist::Node merged(plist_copy(mFile.values.get()));
-    for (const auto& [key, value] : mPending)
-        Apply(merged.get(), key, value);
-    return DictionaryKeys(merged.get());
+    return DictionaryKeys(Merged(mFile.values, mPending).Get());
+}
+
+void Domain::Forget()
+{
+    mPending.clear();
+    mFile.values.Reset();
+    mFile.identity = FileIdentity{};
+    mFile.identity.size = -1;  // matches no file, so the next look reads the file again
 }
 
 bool Domain::Synchronize()
@@ -90,32 +109,23 @@ bool Domain::Synchronize()
     return WritePending();
 }
 
-// The pending values are moved into the file's dictionary rather than merged into a copy of
-// it: a domain holding a long list would otherwise be copied twice on every write. Should the
-// write fail, the pending values are taken back out and the file is read again next time.
+// The pending values go into a new dictionary that shares every other value with the file's,
+// so that nothing of a large domain is copied. Should the write fail, they stay pending and
+// the file is read again next time.
 bool Domain::WritePending()
 {
     if (!mFile.mayReplace)
         return false;
-    plist_t values = mFile.values.get();
-    for (auto& [key, value] : mPending) {
-        if (plist_dict_get_item(values, key.c_str()))
-            plist_dict_remove_item(values, key.c_str());
-        if (value)
-            plist_dict_set_item(values, key.c_str(), value.release());
-    }
-    std::string bytes = plist::SerializeNode(values, kCFPropertyListXMLFormat_v1_0);
+    Owned<CFMutableDictionaryRef> values = Merged(mFile.values, mPending);
+    std::string bytes, error;
     FileIdentity written;
-    std::string error;
-    if (!ReplaceDomainFile(mLocation.path, bytes, written, error)) {
+    if (!plist::WriteXML(values.Get(), bytes, error) || !ReplaceDomainFile(mLocation.path, bytes, written, error)) {
         std::fprintf(stderr, "Preferences: \"%s\" could not be saved (%s).\n", mLocation.path.c_str(), error.c_str());
-        for (auto& [key, value] : mPending)
-            if (plist_t stored = plist_dict_get_item(values, key.c_str()))
-                value.reset(plist_copy(stored));
         mFile.identity = FileIdentity{};
         mFile.identity.size = -1;  // matches no file, so the next look reads the file again
         return false;
     }
+    mFile.values = OwnedValue(values.Take());
     mFile.identity = written;
     mPending.clear();
     return true;
@@ -125,6 +135,13 @@ DomainTable& DomainTable::Shared()
 {
     static auto* table = new DomainTable;  // never destroyed: preferences may be used until exit
     return *table;
+}
+
+void DomainTable::ForgetAll()
+{
+    std::lock_guard guard(mLock);
+    for (auto& [path, domain] : mDomains)
+        domain->Forget();
 }
 
 Domain& DomainTable::Find(const DomainLocation& inLocation)

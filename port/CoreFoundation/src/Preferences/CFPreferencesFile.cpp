@@ -66,11 +66,14 @@ bool WriteAll(int inDescriptor, std::string_view inBytes)
     return true;
 }
 
-plist::Node EmptyDictionary() { return plist::Node(plist_new_dict()); }
+plist::OwnedValue EmptyDictionary()
+{
+    return plist::OwnedValue(plist::MakeDictionary(nullptr, {}, {}, kCFPropertyListImmutable));
+}
 
 // The dictionary the bytes hold, or nullptr and why not. Every form a property list can
 // take is accepted, not only the XML that this store writes.
-plist::Node ParseDictionary(std::string_view inBytes, std::string& outReason)
+plist::OwnedValue ParseDictionary(std::string_view inBytes, std::string& outReason)
 {
     plist::Owned<CFDataRef> data(CFDataCreateWithBytesNoCopy(nullptr, reinterpret_cast<const UInt8*>(inBytes.data()),
                                                              CFIndex(inBytes.size()), kCFAllocatorNull));
@@ -79,13 +82,13 @@ plist::Node ParseDictionary(std::string_view inBytes, std::string& outReason)
     plist::Owned<CFStringRef> errorOwner(error);
     if (!value) {
         outReason = error ? UTF8(error) : "it is not a property list";
-        return plist::Node();
+        return value;
     }
     if (CFGetTypeID(value.Get()) != CFDictionaryGetTypeID()) {
         outReason = "it holds a property list that is not a dictionary";
-        return plist::Node();
+        return plist::OwnedValue();
     }
-    return plist::NodeFromValue(value.Get(), outReason);
+    return value;
 }
 
 std::string UTCTimestamp()
@@ -196,7 +199,7 @@ DomainFile ReadDomainFile(const std::string& inPath, bool inWritable)
         }
         FileIdentity identity = FileIdentity::Of(status);
         std::string reason;
-        if (plist::Node values = ParseDictionary(bytes, reason))
+        if (plist::OwnedValue values = ParseDictionary(bytes, reason))
             return {identity, std::move(values), true};
         if (!(FileIdentity::Of(inPath) == identity))
             continue;

@@ -19,12 +19,15 @@ public:
 
     // A new value (the caller releases it), or NULL when the key has none.
     CFPropertyListRef Copy(const std::string& inKey);
-    // A null value removes the key.
-    void Set(const std::string& inKey, plist::Node inValue);
+    // A null value removes the key. The value must be immutable all through (as one the
+    // domain answered, or a deep copy): it is handed out as it is.
+    void Set(const std::string& inKey, plist::OwnedValue inValue);
     // Writes the pending changes merged onto what the file holds now, and reads what other
     // processes wrote. False when the changes could not be written; they stay pending then.
     bool Synchronize();
     std::vector<std::string> Keys();
+    // Drops the file's values, read again when next needed, and the unwritten changes.
+    void Forget();
 
 private:
     // Rereads the file when it is not the one last read, or always with inForce.
@@ -33,7 +36,7 @@ private:
 
     DomainLocation mLocation;
     DomainFile mFile;
-    std::map<std::string, plist::Node> mPending;  // a null node is a removal
+    std::map<std::string, plist::OwnedValue> mPending;  // a null value is a removal
 };
 
 // The domains of the process, one per file, kept for its whole life, and the lock that
@@ -49,6 +52,8 @@ public:
         std::lock_guard guard(mLock);
         return inAction(Find(inLocation));
     }
+
+    void ForgetAll();
 
 private:
     Domain& Find(const DomainLocation& inLocation);

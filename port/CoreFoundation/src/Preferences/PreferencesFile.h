@@ -2,7 +2,7 @@
 // it so that a crash at any moment leaves either the old or the new file, whole.
 #pragma once
 
-#include "PropertyList/PropertyListNodes.h"
+#include "PropertyList/PropertyListSupport.h"
 
 #include <sys/stat.h>
 
@@ -27,7 +27,8 @@ struct FileIdentity {
 
 struct DomainFile {
     FileIdentity identity;
-    plist::Node values;  // a dictionary; empty when there is no file or it was unusable
+    // A dictionary of immutable values; empty when there is no file or it was unusable.
+    plist::OwnedValue values;
     // False when the file is there but could neither be read nor moved aside: writing the
     // domain would then destroy it.
     bool mayReplace = true;

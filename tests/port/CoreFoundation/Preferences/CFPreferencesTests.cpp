@@ -244,6 +244,27 @@ TEST_F(CFPreferences, DamagedFileIsKeptAsideReportedAndNeverLost)
     EXPECT_EQ(ReadFile(aside[0]), damaged);
 }
 
+// A file in XML that only the full reader understands is used, not set aside; a value the
+// file could not hold is refused when it is set, and the others are still written.
+TEST_F(CFPreferences, UncommonXMLIsReadAndAnUnwritableValueIsRefusedAlone)
+{
+    fs::create_directories(Folder());
+    WriteFile(File(), "<?xml version=\"1.0\"?>\n<plist version=\"1.0\"><dict><key>Kept</key>"
+                      "<string><![CDATA[a <b>]]></string></dict></plist>\n");
+    EXPECT_EQ(Copied("Kept"), "s\"a <b>\"");
+    EXPECT_TRUE(Names(Folder(), ".corrupt-").empty());
+
+    const UniChar kLone[] = {'x', 0xD800};
+    Ref key(Str("Bad")), app(Str(kApp)), bad(CFStringCreateWithCharacters(nullptr, kLone, 2));
+    testing::internal::CaptureStderr();
+    CFPreferencesSetAppValue(key.as<CFStringRef>(), bad.get(), app.as<CFStringRef>());
+    std::string report = testing::internal::GetCapturedStderr();
+    EXPECT_NE(report.find("\"Bad\" was not stored"), std::string::npos) << report;
+    SetString("Good", "yes");
+    ASSERT_TRUE(Synchronize());
+    EXPECT_EQ(FileDump(File()), "{s\"Good\":s\"yes\",s\"Kept\":s\"a <b>\"}");
+}
+
 TEST_F(CFPreferences, KillingAWriterAtAnyMomentLeavesTheFileWhole)
 {
     const char* app = "com.vemora.killtest";
