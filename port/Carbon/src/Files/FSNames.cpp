@@ -7,6 +7,7 @@
 #include <CoreFoundation/CFString.h>
 
 #include <unicode/utf16.h>
+#include <unicode/utf8.h>
 
 #include <limits.h>
 
@@ -21,21 +22,10 @@ bool IsEscape(char16_t inUnit) { return inUnit >= kEscapeBase + 0x80 && inUnit <
 
 void AppendUTF8(char32_t inCode, std::string& ioBytes)
 {
-    if (inCode < 0x80) {
-        ioBytes += char(inCode);
-    } else if (inCode < 0x800) {
-        ioBytes += char(0xC0 | (inCode >> 6));
-        ioBytes += char(0x80 | (inCode & 0x3F));
-    } else if (inCode < 0x10000) {
-        ioBytes += char(0xE0 | (inCode >> 12));
-        ioBytes += char(0x80 | ((inCode >> 6) & 0x3F));
-        ioBytes += char(0x80 | (inCode & 0x3F));
-    } else {
-        ioBytes += char(0xF0 | (inCode >> 18));
-        ioBytes += char(0x80 | ((inCode >> 12) & 0x3F));
-        ioBytes += char(0x80 | ((inCode >> 6) & 0x3F));
-        ioBytes += char(0x80 | (inCode & 0x3F));
-    }
+    char bytes[U8_MAX_LENGTH];
+    int32_t length = 0;
+    U8_APPEND_UNSAFE(bytes, length, inCode);
+    ioBytes.append(bytes, std::size_t(length));
 }
 
 // The code point of a well-formed UTF-8 sequence at the start of inBytes and its length, or

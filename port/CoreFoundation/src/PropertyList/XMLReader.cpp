@@ -8,6 +8,8 @@
 #include <CoreFoundation/CFDate.h>
 #include <CoreFoundation/CFNumber.h>
 
+#include <unicode/utf8.h>
+
 #include <charconv>
 #include <cstdint>
 #include <limits>
@@ -28,21 +30,10 @@ bool IsSpace(char inCharacter)
 
 void AppendUTF8(char32_t inCode, std::string& ioBytes)
 {
-    if (inCode < 0x80) {
-        ioBytes += char(inCode);
-    } else if (inCode < 0x800) {
-        ioBytes += char(0xC0 | (inCode >> 6));
-        ioBytes += char(0x80 | (inCode & 0x3F));
-    } else if (inCode < 0x10000) {
-        ioBytes += char(0xE0 | (inCode >> 12));
-        ioBytes += char(0x80 | ((inCode >> 6) & 0x3F));
-        ioBytes += char(0x80 | (inCode & 0x3F));
-    } else {
-        ioBytes += char(0xF0 | (inCode >> 18));
-        ioBytes += char(0x80 | ((inCode >> 12) & 0x3F));
-        ioBytes += char(0x80 | ((inCode >> 6) & 0x3F));
-        ioBytes += char(0x80 | (inCode & 0x3F));
-    }
+    char bytes[U8_MAX_LENGTH];
+    int32_t length = 0;
+    U8_APPEND_UNSAFE(bytes, length, inCode);
+    ioBytes.append(bytes, std::size_t(length));
 }
 
 // A character reference's code, or 0 when it is none this reader takes.
