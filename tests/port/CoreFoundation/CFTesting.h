@@ -3,29 +3,22 @@
 
 #include <CoreFoundation/CFRuntime.h>
 #include <CoreFoundation/CoreFoundation.h>
+#include <PortSupport/Owned.h>
 
 #include <string>
 
 namespace cftest {
 
-// Owns one reference for the length of a test, so that a failed assertion does not leak.
+// The port's owner, read where a raw reference is wanted, so that a failed assertion does
+// not leak what the test created.
 template <class Ref>
-class Owned {
-public:
-    explicit Owned(Ref inRef = nullptr) : mRef(inRef) {}
-    Owned(const Owned&) = delete;
-    Owned& operator=(const Owned&) = delete;
-    ~Owned()
-    {
-        if (mRef)
-            CFRelease(mRef);
-    }
-    operator Ref() const { return mRef; }
-    Ref get() const { return mRef; }
-
-private:
-    Ref mRef;
+struct Owned : port::Owned<Ref> {
+    using port::Owned<Ref>::Owned;
+    operator Ref() const { return this->Get(); }
+    Ref get() const { return this->Get(); }
 };
+template <class Ref>
+Owned(Ref) -> Owned<Ref>;
 
 inline CFStringRef Make(const char* inUTF8) { return CFStringCreateWithCString(nullptr, inUTF8, kCFStringEncodingUTF8); }
 
