@@ -1,5 +1,7 @@
-// Descriptors owned by a test, and a fixture that fails a test which leaves one behind.
+// Descriptors owned by a test, and reading the parts of an event.
 #pragma once
+
+#include "DescriptorTesting.h"
 
 #include <Carbon/AEDataModel.h>
 #include <Carbon/MacErrors.h>
@@ -45,14 +47,5 @@ T ParamOf(const AppleEvent& inEvent, AEKeyword inKey, DescType inType)
     EXPECT_EQ(AEGetParamPtr(&inEvent, inKey, inType, nullptr, &value, sizeof value, nullptr), noErr);
     return value;
 }
-
-class DescriptorTest : public ::testing::Test {
-protected:
-    void SetUp() override { mLive = _AEGetLiveDescriptorCount(); }
-    void TearDown() override { EXPECT_EQ(_AEGetLiveDescriptorCount(), mLive) << "a descriptor was not disposed of"; }
-
-private:
-    long mLive = 0;
-};
 
 }  // namespace spindeck::test

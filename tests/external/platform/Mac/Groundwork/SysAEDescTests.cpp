@@ -1,6 +1,7 @@
 // Descriptors that may own their data: ownership that moves on copy but not on assignment,
 // Reset and Adopt, and getters that never own what they hand back.
-#include "EventTesting.h"
+#include "DescriptorTesting.h"
+#include "ExpectThrows.h"
 
 #include <Groundwork/SysWrappers/Events/SysAEDesc.h>
 
@@ -10,7 +11,7 @@
 #include <unistd.h>
 
 using Gx::AutoAEDesc;
-using SysAEDesc = spindeck::test::EventTest;
+using SysAEDesc = spindeck::test::DescriptorTest;
 
 namespace {
 

@@ -1,6 +1,7 @@
 // Apple events made, copied, filled and sent, and the quit request sent to real programs
 // that Launch Services started.
-#include "EventTesting.h"
+#include "DescriptorTesting.h"
+#include "ExpectThrows.h"
 #include "LaunchTesting.h"
 
 #include <Groundwork/SysWrappers/Events/SysAEDesc.h>
@@ -11,7 +12,7 @@
 #include <pthread.h>
 
 using namespace spindeck::test;
-using SysAppleEvent = spindeck::test::EventTest;
+using SysAppleEvent = spindeck::test::DescriptorTest;
 
 namespace {
 

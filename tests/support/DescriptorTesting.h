@@ -1,13 +1,13 @@
-// The Apple event wrappers under test: descriptors counted around each test.
+// A fixture that fails a test which leaves an Apple event descriptor behind.
 #pragma once
-
-#include "ExpectThrows.h"
 
 #include <Carbon/AEDataModel.h>
 
+#include <gtest/gtest.h>
+
 namespace spindeck::test {
 
-class EventTest : public ::testing::Test {
+class DescriptorTest : public ::testing::Test {
 protected:
     void SetUp() override { mLive = _AEGetLiveDescriptorCount(); }
     void TearDown() override { EXPECT_EQ(_AEGetLiveDescriptorCount(), mLive) << "a descriptor was not disposed of"; }
