@@ -1,6 +1,7 @@
 // The bundle wrapper on a bundle built in a temporary folder.
 #include "ExpectThrows.h"
 #include "LaunchTesting.h"
+#include "ResourceFileTesting.h"
 
 #include <Groundwork/SysWrappers/CoreFoundation/SysCFBundle.h>
 #include <Groundwork/SysWrappers/CoreFoundation/SysCFTextUtils.h>
@@ -8,32 +9,6 @@
 namespace {
 
 using namespace spindeck::test;
-
-std::string BigEndian(UInt32 inValue, int inWidth)
-{
-    std::string bytes;
-    for (int shift = 8 * (inWidth - 1); shift >= 0; shift -= 8)
-        bytes += char(inValue >> shift);
-    return bytes;
-}
-
-// A resource file with one 'STR#' resource: header, reserved space up to 256, the data, then
-// the map (header copy, its own header, one type, one reference, no names).
-std::string StringListFile(SInt16 inID, std::initializer_list<std::string> inStrings)
-{
-    std::string list = BigEndian(UInt32(inStrings.size()), 2);
-    for (const std::string& text : inStrings)
-        list += char(text.size()) + text;
-    const std::string data = BigEndian(UInt32(list.size()), 4) + list;
-    constexpr UInt32 kMapSize = 28 + 10 + 12;
-    std::string header = BigEndian(256, 4) + BigEndian(256 + UInt32(data.size()), 4) +
-                         BigEndian(UInt32(data.size()), 4) + BigEndian(kMapSize, 4);
-    std::string map = header + std::string(8, '\0') + BigEndian(28, 2) + BigEndian(kMapSize, 2);
-    map += BigEndian(0, 2) + "STR#" + BigEndian(0, 2) + BigEndian(10, 2);
-    map += BigEndian(UInt16(inID), 2) + BigEndian(0xFFFF, 2) + BigEndian(0, 4) + BigEndian(0, 4);
-    header.resize(256, '\0');
-    return header + data + map;
-}
 
 class SysCFBundle : public testing::Test {
 protected:
@@ -48,7 +23,8 @@ protected:
         WriteFile(resources + "en.lproj/Localizable.strings", "\"Greeting\" = \"Hello\";\n");
         WriteFile(resources + "fr.lproj/Localizable.strings", "\"Greeting\" = \"Bonjour\";\n");
         WriteFile(resources + "icon.png", "png");
-        WriteFile(resources + "Wrapped.rsrc", StringListFile(128, {"first", "second"}));
+        const std::vector<UInt8> map = BuildResourceFile({{FourCC("STR#"), 128, StringList({"first", "second"})}}).bytes;
+        WriteFile(resources + "Wrapped.rsrc", std::string(map.begin(), map.end()));
     }
 
     Gx::CFURL URLOf(const char* inName) const
