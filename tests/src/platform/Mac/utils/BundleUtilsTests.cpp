@@ -1,21 +1,12 @@
 #include "platform/Mac/utils/BundleUtils.h"
 
-#include "LaunchTesting.h"
-
-#include <gmock/gmock.h>
+#include "PlatformTesting.h"
 
 namespace {
 
-// Every test leaves the main bundle current again, so that a bundle it set is released.
-class CurrentBundle : public ::testing::Test {
-protected:
-    ~CurrentBundle() override { kvx::GetBundle() = Gx::CFBundle(CFBundleGetMainBundle(), true); }
-
-    spindeck::test::TemporaryFolder mFolder;
-};
-
-const auto kThrowsNilReference =
-    testing::Throws<Gx::RuntimeError>(testing::Property(&Gx::RuntimeError::What, Gx::exceptionID_NilReference));
+using spindeck::test::kThrowsNilReference;
+// Leaves the main bundle current again, so that a bundle a test set is released.
+using CurrentBundle = spindeck::test::PrivateHome;
 
 TEST_F(CurrentBundle, IsTheMainBundleUntilAHostSetsAnother)
 {
