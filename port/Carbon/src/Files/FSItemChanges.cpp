@@ -8,7 +8,7 @@ namespace carbon {
 
 void ItemMoved(const ItemKey& inItem, const ItemKey& inNewFolder, std::string_view inNewName)
 {
-    auto store = Items().Lock();
+    LockedItems store;
     store->Use();
     Entry* entry = store->Find(inItem);
     if (entry == nullptr)
@@ -20,18 +20,18 @@ void ItemMoved(const ItemKey& inItem, const ItemKey& inNewFolder, std::string_vi
 
 void ItemDeleted(const ItemKey& inKey)
 {
-    auto store = Items().Lock();
+    LockedItems store;
     store->Use();
     if (Entry* entry = store->Find(inKey))
         store->Erase(*entry);
 }
 
-UInt64 UncertainDrops() { return Items().Lock()->UncertainDrops(); }
+UInt64 UncertainDrops() { return LockedItems()->UncertainDrops(); }
 
 bool KnownDeleted(const FSRef& inRef, UInt64 inDropsBefore)
 {
     std::optional<RefIdentity> identity = DecodeRef(inRef);
-    auto store = Items().Lock();
+    LockedItems store;
     if (!identity || store->UncertainDrops() != inDropsBefore)
         return false;
     return store->Find(*identity) == nullptr;

@@ -22,13 +22,13 @@ template <class Action>
 auto WithEntry(const struct statx& inStatus, bool inKnownRoot, Action&& inAction)
 {
     {
-        auto store = Items().Lock();
+        LockedItems store;
         store->Use();
         if (Entry* entry = store->Existing(inStatus))
             return inAction(*store, *entry);
     }
     bool volumeRoot = inKnownRoot || IsVolumeRootFolder(inStatus);
-    auto store = Items().Lock();
+    LockedItems store;
     store->Use();
     return inAction(*store, store->EntryFor(inStatus, volumeRoot));
 }
@@ -55,10 +55,11 @@ bool IsRootIn(const struct statx& inStatus, const ItemKey& inFolder)
 // The folder holding an item, given an entry from the item's descriptor of it when the
 // table has none.
 template <class Action>
-auto WithParent(const ItemLocation& inItem, Action&& inAction) -> decltype(inAction(std::declval<ItemStore&>(), nullptr))
+auto WithParent(const ItemLocation& inItem, Action&& inAction)
+    -> decltype(inAction(std::declval<ItemStore&>(), nullptr))
 {
     {
-        auto store = Items().Lock();
+        LockedItems store;
         store->Use();
         if (Entry* parent = store->Find(inItem.parentKey)) {
             store->Touch(*parent);
@@ -67,7 +68,7 @@ auto WithParent(const ItemLocation& inItem, Action&& inAction) -> decltype(inAct
     }
     struct statx status;
     if (!StatusAt(inItem.Folder(), "", status)) {
-        auto store = Items().Lock();
+        LockedItems store;
         return inAction(*store, nullptr);
     }
     return WithEntry(status, false, [&](ItemStore& ioStore, Entry& ioParent) {
@@ -181,7 +182,7 @@ OSErr RefOfNode(FSVolumeRefNum inVolume, UInt32 inNodeID, FSRef* outRef)
         return volume->mountPoint.empty() ? OSErr(fnfErr) : EnterPath(volume->mountPoint, true, outRef);
     }
     std::optional<RefIdentity> identity;
-    if (auto store = Items().Lock(); Entry* entry = store->OfNode(inNodeID))
+    if (LockedItems store; Entry* entry = store->OfNode(inNodeID))
         identity = ItemStore::IdentityOf(*entry);
     if (!identity || VolumeRefNumOf(identity->key.device) != inVolume)
         return fnfErr;

@@ -19,6 +19,9 @@ constexpr OSErr kEntryChanged = 1;
 // A rename or move in another thread makes a look-up start again; one that keeps losing
 // that race answers as if the item were not there.
 constexpr int kMostAttempts = 32;
+// An item that still exists but was found nowhere is being renamed or moved while it is
+// looked for; it is looked for again a few times before the look-up gives up.
+constexpr int kMostMovingAttempts = 8;
 
 struct Found {
     ItemLocation location;
@@ -27,7 +30,7 @@ struct Found {
 
 OSErr Commit(const EntryView& inView, std::optional<Found>&& inFound, ItemLocation& outLocation)
 {
-    switch (Items().Lock()->Apply(inView, inFound->sighting)) {
+    switch (LockedItems()->Apply(inView, inFound->sighting)) {
     case Applied::kDone:
         outLocation = std::move(inFound->location);
         return noErr;
@@ -125,7 +128,7 @@ std::optional<Found> FoundThroughDotDot(const EntryView& inView)
 
 std::optional<EntryView> ViewOfKey(const ItemKey& inKey)
 {
-    auto store = Items().Lock();
+    LockedItems store;
     Entry* entry = store->Find(inKey);
     return entry ? std::optional(store->ViewOf(*entry)) : std::nullopt;
 }
@@ -149,13 +152,13 @@ OSErr LocateThroughParent(const EntryView& inView, ItemLocation& outLocation, in
     return found ? Commit(inView, std::move(found), outLocation) : OSErr(fnfErr);
 }
 
-// Where the item's own descriptor says it is: gone, or at the kernel's path for it, or
-// moving (kEntryChanged); nothing when the kernel has no path for it.
+// Where the item's own descriptor says it is: gone, or at the kernel's path for it;
+// nothing when it is not found there.
 std::optional<OSErr> LocateByHandle(const EntryView& inView, ItemLocation& outLocation)
 {
     struct statx own;
     if (StatusAt(inView.handle->Get(), "", own) && own.stx_nlink == 0) {
-        Items().Lock()->Drop(inView, false);
+        LockedItems()->Drop(inView, false);
         return fnfErr;
     }
     std::string path = ReadLink(inView.handle->Get());
@@ -163,9 +166,7 @@ std::optional<OSErr> LocateByHandle(const EntryView& inView, ItemLocation& outLo
         return std::nullopt;
     if (std::optional<Found> found = FoundByPath(inView, path, Tracking::kFollowMoves))
         return Commit(inView, std::move(found), outLocation);
-    // It exists but was not where the kernel said a moment ago: it is being renamed or moved
-    // meanwhile, so look again.
-    return kEntryChanged;
+    return std::nullopt;
 }
 
 // Tries the cheap ways first: the folder it was last seen in, its own ".." for a folder,
@@ -190,8 +191,14 @@ OSErr LocateView(const EntryView& inView, ItemLocation& outLocation, int inDepth
     if (std::optional<Found> found = inView.path.empty() ? std::nullopt : FoundByPath(inView, inView.path, inTracking))
         return Commit(inView, std::move(found), outLocation);
     if (!inView.handle)
-        Items().Lock()->Drop(inView, true);  // nothing is left to find it by
+        LockedItems()->Drop(inView, true);  // nothing is left to find it by
     return fnfErr;
+}
+
+bool StillExists(const SharedFd& inHandle)
+{
+    struct statx status;
+    return inHandle && StatusAt(inHandle->Get(), "", status) && status.stx_nlink > 0;
 }
 
 // The status kept by the delete iterator that listed the item a moment ago, if it still
@@ -223,7 +230,7 @@ OSErr LocateIdentity(const RefIdentity& inRef, ItemLocation& outLocation, Tracki
     for (int attempt = 0; attempt < kMostAttempts; ++attempt) {
         std::optional<EntryView> view;
         {
-            auto store = Items().Lock();
+            LockedItems store;
             UInt64 use = store->Use();
             Entry* entry = store->Find(inRef);
             if (entry == nullptr)
@@ -233,7 +240,9 @@ OSErr LocateIdentity(const RefIdentity& inRef, ItemLocation& outLocation, Tracki
                 return noErr;
             view = store->ViewOf(*entry);
         }
-        if (OSErr status = LocateView(*view, outLocation, 0, inTracking); status != kEntryChanged)
+        OSErr status = LocateView(*view, outLocation, 0, inTracking);
+        bool moving = status == fnfErr && attempt + 1 < kMostMovingAttempts && StillExists(view->handle);
+        if (status != kEntryChanged && !moving)
             return status;
         std::this_thread::yield();  // let the rename under way finish
     }
@@ -243,7 +252,7 @@ OSErr LocateIdentity(const RefIdentity& inRef, ItemLocation& outLocation, Tracki
 OSErr LocateKey(const ItemKey& inKey, ItemLocation& outLocation)
 {
     std::optional<RefIdentity> identity;
-    if (auto store = Items().Lock(); Entry* entry = store->Find(inKey))
+    if (LockedItems store; Entry* entry = store->Find(inKey))
         identity = ItemStore::IdentityOf(*entry);
     return identity ? LocateIdentity(*identity, outLocation, Tracking::kFollowMoves) : OSErr(fnfErr);
 }

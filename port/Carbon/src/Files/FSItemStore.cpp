@@ -152,7 +152,7 @@ void ItemStore::SetHandle(Entry& ioEntry, SharedFd inHandle)
     ioEntry.handle = std::move(inHandle);
     while (mRecentHandles.Size() > mMostDescriptors) {
         Entry& oldest = mItems.at(mRecentHandles.Oldest());
-        oldest.handle.reset();
+        mReleased.push_back(std::move(oldest.handle));
         mRecentHandles.Remove(oldest.recentHandle);
         oldest.recentHandle = mRecentHandles.None();
     }
@@ -162,8 +162,10 @@ void ItemStore::Erase(Entry& ioEntry)
 {
     if (ioEntry.nodeID != 0)
         mNodes.erase(ioEntry.nodeID);
-    if (ioEntry.handle)
+    if (ioEntry.handle) {
         mRecentHandles.Remove(ioEntry.recentHandle);
+        mReleased.push_back(std::move(ioEntry.handle));
+    }
     mRecent.Remove(ioEntry.recent);
     mItems.erase(ioEntry.key);
 }
@@ -185,11 +187,19 @@ Entry* ItemStore::OfNode(UInt32 inNodeID)
     return node == mNodes.end() ? nullptr : Find(node->second);
 }
 
+namespace {
+
 Guarded<ItemStore>& Items()
 {
     static Guarded<ItemStore> store;
     return store;
 }
+
+}  // namespace
+
+LockedItems::LockedItems() : mLocked(Items().Lock()) {}
+
+LockedItems::~LockedItems() { mReleased = mLocked->TakeReleased(); }
 
 std::optional<JustRead>& JustRead::OfThisThread()
 {

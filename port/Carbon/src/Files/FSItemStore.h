@@ -14,6 +14,8 @@
 #include <optional>
 #include <string>
 #include <unordered_map>
+#include <utility>
+#include <vector>
 
 namespace carbon {
 
@@ -99,6 +101,8 @@ public:
     UInt64 UncertainDrops() const { return mUncertainDrops; }
     // Counts the uses of the table; see JustRead.
     UInt64 Use() { return ++mUses; }
+    // The descriptors given up since the last call, for closing once the lock is released.
+    std::vector<SharedFd> TakeReleased() { return std::exchange(mReleased, {}); }
 
 private:
     void NoteFolder(const Sighting& inSighting);
@@ -113,9 +117,25 @@ private:
     UInt64 mUncertainDrops = 0;
     UInt32 mNextNodeID = 16;  // below are the platform's reserved IDs
     UInt64 mUses = 0;
+    std::vector<SharedFd> mReleased;
 };
 
-Guarded<ItemStore>& Items();
+// The table, locked for as long as this lives. Descriptors the table gave up meanwhile are
+// closed after the lock is released, since closing is a system call too.
+class LockedItems {
+public:
+    LockedItems();
+    LockedItems(const LockedItems&) = delete;
+    LockedItems& operator=(const LockedItems&) = delete;
+    ~LockedItems();
+
+    ItemStore* operator->() const { return mLocked.operator->(); }
+    ItemStore& operator*() const { return *mLocked; }
+
+private:
+    std::vector<SharedFd> mReleased;  // declared first, so destroyed after the lock is released
+    Guarded<ItemStore>::Locked mLocked;
+};
 
 // The status read for the item a delete iterator returned last, kept by the thread that read
 // it. The usual delete loop deletes each item right after reading it, and looking the name

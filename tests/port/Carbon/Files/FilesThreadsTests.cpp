@@ -303,8 +303,10 @@ TEST(FilesThreads, ItemsMadeRenamedAndDeletedInSharedAndOwnFolders)
     int folderRenameFailures = 0, turns = 0;
     std::thread renamer([&] {
         for (; !done || turns < 1; ++turns)
-            for (int i = 0; i < kWorkers; ++i)
-                folderRenameFailures += Rename(workers[i].own, "own" + std::to_string(i) + "-" + std::to_string(turns % 2)) != noErr;
+            for (int i = 0; i < kWorkers; ++i) {
+                std::string name = "own" + std::to_string(i) + "-" + std::to_string(turns % 2);
+                folderRenameFailures += Rename(workers[i].own, name) != noErr;
+            }
     });
     std::vector<std::thread> threads;
     for (Worker& worker : workers)
@@ -324,7 +326,8 @@ TEST(FilesThreads, ItemsMadeRenamedAndDeletedInSharedAndOwnFolders)
             const auto& [ref, name] = worker.kept[k];
             UInt8 path[1024];
             ASSERT_EQ(FSRefMakePath(&ref, path, sizeof path), noErr) << name;
-            EXPECT_EQ(reinterpret_cast<const char*>(path), (worker.keptInOwn[k] ? ownPath : folder.Path("shared")) + "/" + name);
+            std::string expected = (worker.keptInOwn[k] ? ownPath : folder.Path("shared")) + "/" + name;
+            EXPECT_EQ(reinterpret_cast<const char*>(path), expected);
             (worker.keptInOwn[k] ? ownNames : sharedNames).insert(name);
         }
         for (const FSRef& gone : worker.deleted)
