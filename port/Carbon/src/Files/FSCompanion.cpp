@@ -15,6 +15,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <cstdio>
 #include <mutex>
@@ -198,9 +199,22 @@ OSErr WriteCompanion(int inFolder, std::string_view inItemName, const AppleDoubl
     return status;
 }
 
+namespace {
+
+std::atomic<UInt64> sMovesBegun{0}, sMovesEnded{0};
+
+}  // namespace
+
+CompanionMove::Count CompanionMove::SoFar()
+{
+    UInt64 ended = sMovesEnded.load();
+    return {sMovesBegun.load(), ended};
+}
+
 CompanionMove::CompanionMove(int inFromFolder, std::string_view inFromName, int inToFolder, std::string_view inToName)
     : mFromFolder(inFromFolder), mToFolder(inToFolder), mFrom(CompanionName(inFromName)), mTo(CompanionName(inToName))
 {
+    ++sMovesBegun;
     // An item already at the destination makes the move fail; its companion is not touched.
     struct stat taken;
     if (::fstatat(inToFolder, std::string(inToName).c_str(), &taken, AT_SYMLINK_NOFOLLOW) == 0)
@@ -228,6 +242,7 @@ CompanionMove::~CompanionMove()
 {
     if (mLinked && !mMoved)
         ::unlinkat(mToFolder, mTo.c_str(), 0);
+    ++sMovesEnded;
 }
 
 void SwapCompanions(int inFolder1, std::string_view inName1, int inFolder2, std::string_view inName2)

@@ -34,6 +34,15 @@ OSErr WriteCompanion(int inFolder, std::string_view inItemName, const AppleDoubl
 // could not be moved), the new name is taken away again.
 class CompanionMove {
 public:
+    // How many moves this process has begun and ended, ended read first: a reader that saw
+    // both equal before reading a companion and no move begun after can trust what it read.
+    struct Count {
+        UInt64 begun = 0;
+        UInt64 ended = 0;
+        bool Quiet() const { return begun == ended; }
+    };
+    static Count SoFar();
+
     CompanionMove(int inFromFolder, std::string_view inFromName, int inToFolder, std::string_view inToName);
     CompanionMove(const CompanionMove&) = delete;
     CompanionMove& operator=(const CompanionMove&) = delete;

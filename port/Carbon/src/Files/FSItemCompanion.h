@@ -7,8 +7,10 @@
 
 namespace carbon {
 
-// The companion of a located item. Read, then checked that the item still has the name it
-// was read under; if not, the item is found again and its companion read there.
+// The companion of a located item, read where the item is when it is read: when the item
+// turns out to have been renamed or moved meanwhile, it is found again and read there.
+// Renames by other processes are seen only by the item's name; in this process also by
+// the moves under way (CompanionMove).
 Companion ReadItemCompanion(const ItemLocation& inItem);
 
 }  // namespace carbon
