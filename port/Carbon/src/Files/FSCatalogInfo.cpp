@@ -1,7 +1,7 @@
 // Catalog fields from the inode and the companion, and back.
 #include "FSCatalog.h"
 
-#include "FSCompanion.h"
+#include "FSItemCompanion.h"
 #include "FSFinderInfo.h"
 #include "FSForkTable.h"
 #include "FSNames.h"
@@ -192,7 +192,7 @@ void FillCatalogInfo(const ItemLocation& inItem, FSCatalogInfoBitmap inWhichInfo
 {
     AppleDouble companion;
     if (inWhichInfo & kCompanionBits)
-        companion = ReadCompanion(inItem.Folder(), inItem.name).contents;
+        companion = ReadItemCompanion(inItem).contents;
     FillIdentity(inItem, inWhichInfo, outInfo);
     FillDates(inItem, inWhichInfo, companion, outInfo);
     FillPermissions(inItem, inWhichInfo, outInfo);

@@ -15,6 +15,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <cstdio>
 #include <mutex>
@@ -105,13 +106,6 @@ port::UniqueDescriptor CreateTemporary(int inFolder, std::string& outName)
 
 namespace {
 
-struct FolderHash {
-    std::size_t operator()(const ItemKey& inKey) const
-    {
-        return std::hash<UInt64>()(UInt64(inKey.inode) * 0x9E3779B97F4A7C15ull ^ UInt64(inKey.device));
-    }
-};
-
 // Counted, since two iterators may list the same folder.
 class FoldersWithoutCompanions {
 public:
@@ -139,7 +133,7 @@ public:
 
 private:
     std::mutex mLock;
-    std::unordered_map<ItemKey, int, FolderHash> mFolders;
+    std::unordered_map<ItemKey, int, ItemKeyHash> mFolders;
 };
 
 FoldersWithoutCompanions& Uncompanioned()
@@ -205,13 +199,50 @@ OSErr WriteCompanion(int inFolder, std::string_view inItemName, const AppleDoubl
     return status;
 }
 
-void MoveCompanion(int inFromFolder, std::string_view inFromName, int inToFolder, std::string_view inToName)
+namespace {
+
+std::atomic<UInt64> sMovesBegun{0}, sMovesEnded{0};
+
+}  // namespace
+
+CompanionMove::Count CompanionMove::SoFar()
 {
-    std::string from = CompanionName(inFromName), to = CompanionName(inToName);
-    if (::renameat(inFromFolder, from.c_str(), inToFolder, to.c_str()) != 0)
-        ::unlinkat(inToFolder, to.c_str(), 0);
+    UInt64 ended = sMovesEnded.load();
+    return {sMovesBegun.load(), ended};
+}
+
+CompanionMove::CompanionMove(int inFromFolder, std::string_view inFromName, int inToFolder, std::string_view inToName)
+    : mFromFolder(inFromFolder), mToFolder(inToFolder), mFrom(CompanionName(inFromName)), mTo(CompanionName(inToName))
+{
+    ++sMovesBegun;
+    // An item already at the destination makes the move fail; its companion is not touched.
+    struct stat taken;
+    if (::fstatat(inToFolder, std::string(inToName).c_str(), &taken, AT_SYMLINK_NOFOLLOW) == 0)
+        return;
+    mLinked = ::linkat(inFromFolder, mFrom.c_str(), inToFolder, mTo.c_str(), 0) == 0;
+    if (mLinked)
+        Uncompanioned().ForgetAll();
+}
+
+void CompanionMove::Moved()
+{
+    mMoved = true;
+    if (mLinked) {
+        ::unlinkat(mFromFolder, mFrom.c_str(), 0);
+        return;
+    }
+    // Not linked: the item has no companion, or a stray one was in the way.
+    if (::renameat(mFromFolder, mFrom.c_str(), mToFolder, mTo.c_str()) != 0)
+        ::unlinkat(mToFolder, mTo.c_str(), 0);
     else
         Uncompanioned().ForgetAll();
+}
+
+CompanionMove::~CompanionMove()
+{
+    if (mLinked && !mMoved)
+        ::unlinkat(mToFolder, mTo.c_str(), 0);
+    ++sMovesEnded;
 }
 
 void SwapCompanions(int inFolder1, std::string_view inName1, int inFolder2, std::string_view inName2)

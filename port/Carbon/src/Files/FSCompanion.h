@@ -26,9 +26,37 @@ Companion ReadCompanion(int inFolder, std::string_view inItemName);
 // aside, to "._name.corrupt" or the first free "._name.corrupt-N".
 OSErr WriteCompanion(int inFolder, std::string_view inItemName, const AppleDouble& inContents);
 
-// The companion goes where its item went; a stray companion already at the destination is
-// replaced, or removed when the item has none, so the item never takes on another's.
-void MoveCompanion(int inFromFolder, std::string_view inFromName, int inToFolder, std::string_view inToName);
+// Moves an item's companion with it so that no one, in this process or another, finds the
+// item under either name without its companion: the companion is linked under the new name
+// before the item moves (when nothing has that name yet), and the old name is removed after
+// Moved(). A stray companion already at the destination is replaced, or removed when the
+// item has none, so the item never takes on another's. Destroyed without Moved() (the item
+// could not be moved), the new name is taken away again.
+class CompanionMove {
+public:
+    // How many moves this process has begun and ended, ended read first: a reader that saw
+    // both equal before reading a companion and no move begun after can trust what it read.
+    struct Count {
+        UInt64 begun = 0;
+        UInt64 ended = 0;
+        bool Quiet() const { return begun == ended; }
+    };
+    static Count SoFar();
+
+    CompanionMove(int inFromFolder, std::string_view inFromName, int inToFolder, std::string_view inToName);
+    CompanionMove(const CompanionMove&) = delete;
+    CompanionMove& operator=(const CompanionMove&) = delete;
+    ~CompanionMove();
+
+    void Moved();
+
+private:
+    int mFromFolder, mToFolder;
+    std::string mFrom, mTo;
+    bool mLinked = false;
+    bool mMoved = false;
+};
+
 void SwapCompanions(int inFolder1, std::string_view inName1, int inFolder2, std::string_view inName2);
 void RemoveCompanion(int inFolder, std::string_view inItemName);
 

@@ -2,7 +2,7 @@
 // at 64-bit offsets; the resource fork is the companion's resource entry, kept in memory
 // while open. No lock is held while a disk is read or written: each call holds its fork,
 // which keeps the descriptor open until the call is done.
-#include "FSCompanion.h"
+#include "FSItemCompanion.h"
 #include "FSForkTable.h"
 #include "FSNames.h"
 #include "FSVolumes.h"
@@ -47,7 +47,7 @@ OSErr LocateFile(const FSRef* inRef, ItemLocation& outItem)
 // The resource fork as the companion has it; nothing when the file has none.
 std::optional<std::vector<UInt8>> StoredResourceFork(const ItemLocation& inItem)
 {
-    Companion companion = ReadCompanion(inItem.Folder(), inItem.name);
+    Companion companion = ReadItemCompanion(inItem);
     const std::vector<UInt8>* fork = companion.contents.Find(AppleDouble::kResourceFork);
     return fork ? std::optional(*fork) : std::nullopt;
 }

@@ -194,9 +194,10 @@ OSErr FSRenameUnicode(const FSRef* inRef, UniCharCount inNameLength, const UniCh
     if (OSErr status = DiskNameForNewItem({inName, inNameLength}, name); status != noErr)
         return status;
     if (name != item.name) {
+        CompanionMove companion(item.Folder(), item.name, item.Folder(), name);
         if (OSErr status = RenameNoReplace(item.Folder(), item.name, item.Folder(), name); status != noErr)
             return status;
-        MoveCompanion(item.Folder(), item.name, item.Folder(), name);
+        companion.Moved();
         ItemMoved(item.key, item.parentKey, name);
     }
     if (outNewRef)
@@ -218,9 +219,10 @@ OSErr FSMoveObject(const FSRef* inRef, const FSRef* inDestDirectory, FSRef* outN
     if (OSErr status = CheckChangeable(item); status != noErr)
         return status;
     if (!(destination.key == item.parentKey)) {
+        CompanionMove companion(item.Folder(), item.name, destination.Self(), item.name);
         if (OSErr status = RenameNoReplace(item.Folder(), item.name, destination.Self(), item.name); status != noErr)
             return status;
-        MoveCompanion(item.Folder(), item.name, destination.Self(), item.name);
+        companion.Moved();
         ItemMoved(item.key, destination.key, item.name);
     }
     if (outNewRef)

@@ -1,11 +1,15 @@
 // The File Manager from several threads at once: forks read and written while files are
 // renamed, a fork closed under a read in another thread, one file's resource fork written
-// through openings in several threads, and items looked up while they and their folder are
-// renamed and moved. Run under ThreadSanitizer too (tsan preset).
+// through openings in several threads, items looked up while they and their folder are
+// renamed and moved, items made, renamed and deleted by several threads in shared and own
+// folders, and a resource fork looked at while its file is renamed. Run under
+// ThreadSanitizer too (tsan preset).
 #include "FilesTesting.h"
 
 #include <atomic>
+#include <filesystem>
 #include <fstream>
+#include <set>
 #include <string>
 #include <thread>
 #include <vector>
@@ -227,6 +231,153 @@ TEST(FilesThreads, ItemsLookedUpWhileTheyAndTheirFolderAreRenamedAndMoved)
         ASSERT_EQ(FSRefMakePath(&items[i], path, sizeof path), noErr);
         EXPECT_EQ(reinterpret_cast<const char*>(path), boxPath + "/item" + std::to_string(i) + last);
     }
+}
+
+// One worker's items: made, renamed and looked up, every third one deleted again.
+struct Worker {
+    FSRef shared, own;
+    std::string prefix;
+    std::vector<std::pair<FSRef, std::string>> kept;  // the item and its last name, in own or shared
+    std::vector<bool> keptInOwn;
+    std::vector<FSRef> deleted;
+    std::string failure;
+
+    void Run(int inRounds)
+    {
+        for (int round = 0; round < inRounds && failure.empty(); ++round)
+            failure = Step(round);
+    }
+
+    std::string Step(int inRound)
+    {
+        bool inOwn = inRound % 2;
+        std::string name = prefix + std::to_string(inRound), renamed = name + "-renamed";
+        std::u16string units = Units(name);
+        FSRef item{}, found{};
+        if (FSCreateFileUnicode(inOwn ? &own : &shared, units.size(), Chars(units), kFSCatInfoNone, nullptr, &item,
+                                nullptr) != noErr)
+            return "create " + name;
+        if (Rename(item, renamed) != noErr)
+            return "rename " + name;
+        std::u16string byName = Units(renamed);
+        if (FSMakeFSRefUnicode(inOwn ? &own : &shared, byName.size(), Chars(byName), kTextEncodingUnknown, &found) !=
+                noErr ||
+            FSCompareFSRefs(&found, &item) != noErr)
+            return "look up " + renamed;
+        if (inRound % 3 == 0) {
+            if (FSDeleteObject(&item) != noErr)
+                return "delete " + renamed;
+            deleted.push_back(item);
+        } else {
+            kept.emplace_back(item, renamed);
+            keptInOwn.push_back(inOwn);
+        }
+        return {};
+    }
+};
+
+std::set<std::string> Listing(const std::string& inFolder)
+{
+    std::set<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(inFolder))
+        names.insert(entry.path().filename().string());
+    return names;
+}
+
+// Several threads make, rename, look up and delete items in one shared folder and in one
+// of their own each, while another thread renames their own folders. At the end every
+// reference leads to the path its item has, every deleted one answers fnfErr, and the
+// folders hold exactly the items kept: none lost, none left over.
+TEST(FilesThreads, ItemsMadeRenamedAndDeletedInSharedAndOwnFolders)
+{
+    TemporaryFolder folder;
+    FSRef top = RefOf(folder.Path());
+    FSRef shared = CreateFolder(top, "shared");
+    std::vector<Worker> workers(kWorkers);
+    for (int i = 0; i < kWorkers; ++i) {
+        workers[i].shared = shared;
+        workers[i].own = CreateFolder(top, "own" + std::to_string(i));
+        workers[i].prefix = "w" + std::to_string(i) + "-";
+    }
+    std::atomic<bool> done{false};
+    int folderRenameFailures = 0, turns = 0;
+    std::thread renamer([&] {
+        for (; !done || turns < 1; ++turns)
+            for (int i = 0; i < kWorkers; ++i) {
+                std::string name = "own" + std::to_string(i) + "-" + std::to_string(turns % 2);
+                folderRenameFailures += Rename(workers[i].own, name) != noErr;
+            }
+    });
+    std::vector<std::thread> threads;
+    for (Worker& worker : workers)
+        threads.emplace_back([&worker] { worker.Run(60); });
+    for (std::thread& thread : threads)
+        thread.join();
+    done = true;
+    renamer.join();
+    EXPECT_EQ(folderRenameFailures, 0);
+    std::set<std::string> sharedNames;
+    for (int i = 0; i < kWorkers; ++i) {
+        const Worker& worker = workers[i];
+        EXPECT_EQ(worker.failure, "") << "worker " << i;
+        std::string ownPath = folder.Path("own" + std::to_string(i) + "-" + std::to_string((turns - 1) % 2));
+        std::set<std::string> ownNames;
+        for (std::size_t k = 0; k < worker.kept.size(); ++k) {
+            const auto& [ref, name] = worker.kept[k];
+            UInt8 path[1024];
+            ASSERT_EQ(FSRefMakePath(&ref, path, sizeof path), noErr) << name;
+            std::string expected = (worker.keptInOwn[k] ? ownPath : folder.Path("shared")) + "/" + name;
+            EXPECT_EQ(reinterpret_cast<const char*>(path), expected);
+            (worker.keptInOwn[k] ? ownNames : sharedNames).insert(name);
+        }
+        for (const FSRef& gone : worker.deleted)
+            EXPECT_EQ(FSGetCatalogInfo(&gone, kFSCatInfoNone, nullptr, nullptr, nullptr, nullptr), fnfErr);
+        EXPECT_EQ(Listing(ownPath), ownNames) << "worker " << i;
+    }
+    EXPECT_EQ(Listing(folder.Path("shared")), sharedNames);
+}
+
+// The companion that holds a resource fork is moved with its file, and a thread looking at
+// the fork while another renames the file must never find the file without it.
+TEST(FilesThreads, AResourceForkIsNeverHiddenByARename)
+{
+    TemporaryFolder folder;
+    FSRef file = CreateFile(RefOf(folder.Path()), "forked");
+    const std::string bytes(300, 'r');
+    SInt16 fork = 0;
+    ASSERT_EQ(FSCreateFork(&file, kResource.size(), Chars(kResource)), noErr);
+    ASSERT_EQ(FSOpenFork(&file, kResource.size(), Chars(kResource), fsRdWrPerm, &fork), noErr);
+    ASSERT_EQ(FSWriteFork(fork, fsFromStart, 0, bytes.size(), bytes.data(), nullptr), noErr);
+    ASSERT_EQ(FSCloseFork(fork), noErr);
+    std::atomic<bool> done{false};
+    int renameFailures = 0;
+    std::thread renamer([&] {
+        for (int turn = 0; turn < 400; ++turn)
+            renameFailures += Rename(file, "forked-" + std::to_string(turn % 2)) != noErr;
+        done = true;
+    });
+    std::vector<int> hidden(kWorkers - 1), seen(kWorkers - 1);
+    std::vector<std::thread> lookers;
+    for (int i = 0; i < kWorkers - 1; ++i)
+        lookers.emplace_back([&, i] {
+            while (!done) {
+                FSCatalogInfo info{};
+                if (FSGetCatalogInfo(&file, kFSCatInfoRsrcSizes, &info, nullptr, nullptr, nullptr) != noErr)
+                    continue;
+                ++seen[i];
+                hidden[i] += info.rsrcLogicalSize != bytes.size();
+            }
+        });
+    for (std::thread& looker : lookers)
+        looker.join();
+    renamer.join();
+    EXPECT_EQ(renameFailures, 0);
+    for (int i = 0; i < kWorkers - 1; ++i) {
+        EXPECT_GT(seen[i], 0) << "looker " << i;
+        EXPECT_EQ(hidden[i], 0) << "looker " << i << " of " << seen[i] << " looks";
+    }
+    EXPECT_TRUE(Exists(folder.Path("._forked-1")));
+    EXPECT_FALSE(Exists(folder.Path("._forked-0")));
 }
 
 }  // namespace
