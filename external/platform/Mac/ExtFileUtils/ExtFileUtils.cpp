@@ -2,28 +2,6 @@
 #include "ExtFileUtilsInternal.h"
 
 #include <cstring>
-#include <vector>
-
-namespace ExtFileUtils {
-
-OSErr VolumeLockStatus(UInt16 inVolumeFlags)
-{
-    if (inVolumeFlags & kFSVolFlagHardwareLockedMask)
-        return wPrErr;
-    if (inVolumeFlags & kFSVolFlagSoftwareLockedMask)
-        return vLckdErr;
-    return noErr;
-}
-
-std::string PathOf(const FSRef& inRef)
-{
-    std::vector<UInt8> path(4096);
-    if (FSRefMakePath(&inRef, path.data(), UInt32(path.size())) != noErr)
-        return {};
-    return reinterpret_cast<const char*>(path.data());
-}
-
-}  // namespace ExtFileUtils
 
 using namespace ExtFileUtils;
 

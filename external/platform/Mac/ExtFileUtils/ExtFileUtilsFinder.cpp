@@ -1,6 +1,6 @@
 // Finder information: reading and writing it, changing flags, creator and type, and moving
 // the parent folder's date so that a window showing the folder notices the change.
-#include "ExtFileUtilsInternal.h"
+#include "ExtFileUtilsFinder.h"
 
 #include <cstring>
 

@@ -1,5 +1,5 @@
 // Moving and renaming in one step, unique names, and exchanging two files.
-#include "ExtFileUtilsInternal.h"
+#include "ExtFileUtilsMove.h"
 
 #include <algorithm>
 #include <ctime>

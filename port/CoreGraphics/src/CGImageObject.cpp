@@ -1,4 +1,5 @@
-// Image queries. Images are made by bitmap contexts, which copy their pixels into them.
+// The image object and its queries. Images are made by bitmap contexts, which copy their
+// pixels into them.
 #include "CGImageObject.h"
 
 #include <cstdio>
