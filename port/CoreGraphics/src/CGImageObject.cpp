@@ -38,7 +38,10 @@ size_t CGImageGetHeight(CGImageRef inImage)
     return image ? image->mHeight : 0;
 }
 
-size_t CGImageGetBitsPerComponent(CGImageRef inImage) { return cg::Image(inImage, "CGImageGetBitsPerComponent") ? 8 : 0; }
+size_t CGImageGetBitsPerComponent(CGImageRef inImage)
+{
+    return cg::Image(inImage, "CGImageGetBitsPerComponent") ? 8 : 0;
+}
 
 size_t CGImageGetBitsPerPixel(CGImageRef inImage)
 {

@@ -51,8 +51,8 @@ OSErr FSGetNodeID(const FSRef* inRef, long* outNodeID, Boolean* outIsDirectory)
 
 OSErr FSGetUserPrivilegesPermissions(const FSRef* inRef, UInt8* outUserPrivileges, UInt32 outPermissions[4])
 {
-    FSCatalogInfoBitmap which =
-        InfoIf(outUserPrivileges, kFSCatInfoUserPrivs) | InfoIf(outPermissions, kFSCatInfoPermissions);
+    FSCatalogInfoBitmap which = InfoIf(outUserPrivileges, kFSCatInfoUserPrivs) |
+                                InfoIf(outPermissions, kFSCatInfoPermissions);
     FSCatalogInfo info;
     OSErr status = FSGetCatalogInfo(inRef, which, &info, nullptr, nullptr, nullptr);
     if (status != noErr)
@@ -84,8 +84,8 @@ OSErr FSCheckLock(const FSRef* inRef)
 
 OSErr FSGetForkSizes(const FSRef* inRef, UInt64* outDataLogicalSize, UInt64* outRsrcLogicalSize)
 {
-    FSCatalogInfoBitmap which =
-        InfoIf(outDataLogicalSize, kFSCatInfoDataSizes) | InfoIf(outRsrcLogicalSize, kFSCatInfoRsrcSizes);
+    FSCatalogInfoBitmap which = InfoIf(outDataLogicalSize, kFSCatInfoDataSizes) |
+                                InfoIf(outRsrcLogicalSize, kFSCatInfoRsrcSizes);
     FSCatalogInfo info;
     OSErr status = FSGetCatalogInfo(inRef, which, &info, nullptr, nullptr, nullptr);
     if (status != noErr)
