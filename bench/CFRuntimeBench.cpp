@@ -45,8 +45,8 @@ BENCHMARK(BM_SharedPtrCopy);
 // just pointers, as it does when a caller builds its key afresh.
 void BM_CFDictionaryGetValue(benchmark::State& ioState)
 {
-    CFMutableDictionaryRef dictionary =
-        CFDictionaryCreateMutable(nullptr, 0, &kCFTypeDictionaryKeyCallBacks, &kCFTypeDictionaryValueCallBacks);
+    CFMutableDictionaryRef dictionary = CFDictionaryCreateMutable(nullptr, 0, &kCFTypeDictionaryKeyCallBacks,
+                                                                  &kCFTypeDictionaryValueCallBacks);
     std::vector<CFStringRef> probes;
     for (int i = 0; i < kKeyCount; ++i) {
         CFStringRef key = CFStringCreateWithCString(nullptr, KeyText(i).c_str(), kCFStringEncodingUTF8);

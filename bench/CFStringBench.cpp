@@ -32,11 +32,16 @@ std::u16string Repeat(std::u16string_view inPiece, int inCount)
 
 Texts ShortASCII() { return {u"Preferences.plist", u"preferences.PLIST"}; }
 Texts LongASCII() { return {Repeat(u"The Quick Brown Fox ", 50), Repeat(u"the quick brown fox ", 50)}; }
-Texts Accented() { return {u"\u00C7a a \u00E9t\u00E9 tr\u00E8s \u00E9l\u00E9gant", u"\u00E7A A \u00C9T\u00C9 TR\u00C8S \u00C9L\u00C9GANT"}; }
+Texts Accented()
+{
+    return {u"\u00C7a a \u00E9t\u00E9 tr\u00E8s \u00E9l\u00E9gant",
+            u"\u00E7A A \u00C9T\u00C9 TR\u00C8S \u00C9L\u00C9GANT"};
+}
 
 CFStringRef MakeString(const std::u16string& inText)
 {
-    return CFStringCreateWithCharacters(nullptr, reinterpret_cast<const UniChar*>(inText.data()), CFIndex(inText.size()));
+    return CFStringCreateWithCharacters(nullptr, reinterpret_cast<const UniChar*>(inText.data()),
+                                        CFIndex(inText.size()));
 }
 
 void ReportAllocations(benchmark::State& ioState, long inBefore)

@@ -75,7 +75,8 @@ void BM_getCRC_wide(benchmark::State& ioState)
 void BM_getTableCRC(benchmark::State& ioState)
 {
     const kvx::CRC crc;
-    Run(ioState, [&crc](const unsigned char* inData, std::size_t inLength) { return crc.getTableCRC(inData, inLength); });
+    Run(ioState,
+        [&crc](const unsigned char* inData, std::size_t inLength) { return crc.getTableCRC(inData, inLength); });
 }
 
 void BM_zlib_crc32(benchmark::State& ioState)
@@ -85,7 +86,8 @@ void BM_zlib_crc32(benchmark::State& ioState)
 
 void BM_isal_crc32_gzip_refl(benchmark::State& ioState)
 {
-    Run(ioState, [](const unsigned char* inData, std::size_t inLength) { return crc32_gzip_refl(0, inData, inLength); });
+    Run(ioState,
+        [](const unsigned char* inData, std::size_t inLength) { return crc32_gzip_refl(0, inData, inLength); });
 }
 
 // Every word is read and folded into a result the compiler cannot drop; four lanes let the

@@ -178,7 +178,10 @@ void BM_PidofHelper(benchmark::State& ioState) { FindBackendWithPidof(ioState, s
 BENCHMARK(BM_IsBackendRunning)->UseRealTime();
 BENCHMARK(BM_PidofHelper)->UseRealTime();
 
-void BM_IsBackendRunning_500ExtraProcesses(benchmark::State& ioState) { FindBackend(ioState, sScene->BackendCrowded()); }
+void BM_IsBackendRunning_500ExtraProcesses(benchmark::State& ioState)
+{
+    FindBackend(ioState, sScene->BackendCrowded());
+}
 void BM_PidofHelper_500ExtraProcesses(benchmark::State& ioState)
 {
     FindBackendWithPidof(ioState, sScene->BackendCrowded());

@@ -48,12 +48,13 @@ fs::path DomainFile(long inSize) { return sFolder / std::to_string(inSize) / "pr
 void MakeList(long inSize)
 {
     fs::create_directories(DomainFile(inSize).parent_path());
-    RunPython("import plistlib, sys\n"
-              "n = int(sys.argv[2])\n"
-              "items = [{\"Path\": \"/Applications/Application %d.app\" % i, \"Hide\": False} for i in range(n - 2)]\n"
-              "items += [{\"Path\": sys.argv[3], \"Hide\": False}, {\"Path\": \"/Applications/Zeta.app\", \"Hide\": False}]\n"
-              "plistlib.dump({\"AutoLaunchedApplicationDictionary\": items}, open(sys.argv[1], \"wb\"))",
-              "\"" + Original(inSize).string() + "\" " + std::to_string(inSize) + " \"" + kHelper + "\"");
+    RunPython(
+        "import plistlib, sys\n"
+        "n = int(sys.argv[2])\n"
+        "items = [{\"Path\": \"/Applications/Application %d.app\" % i, \"Hide\": False} for i in range(n - 2)]\n"
+        "items += [{\"Path\": sys.argv[3], \"Hide\": False}, {\"Path\": \"/Applications/Zeta.app\", \"Hide\": False}]\n"
+        "plistlib.dump({\"AutoLaunchedApplicationDictionary\": items}, open(sys.argv[1], \"wb\"))",
+        "\"" + Original(inSize).string() + "\" " + std::to_string(inSize) + " \"" + kHelper + "\"");
 }
 
 // Puts the original list back as a new file, as another process saving it would.
@@ -72,25 +73,26 @@ double PlistlibSeconds(long inSize, bool inDurable)
     if (auto found = known.find(inSize); found != known.end())
         return found->second;
     const long rounds = inSize >= 100000 ? 5 : 100000 / inSize;
-    std::string output = RunPython("import os, plistlib, sys, time\n"
-                                   "source, target, rounds, durable = sys.argv[1], sys.argv[2], int(sys.argv[3]), sys.argv[4] == \"1\"\n"
-                                   "def save(items):\n"
-                                   "    if not durable:\n"
-                                   "        return plistlib.dump(items, open(target, \"wb\"))\n"
-                                   "    with open(target + \".tmp\", \"wb\") as f:\n"
-                                   "        plistlib.dump(items, f)\n"
-                                   "        f.flush()\n"
-                                   "        os.fsync(f.fileno())\n"
-                                   "    os.replace(target + \".tmp\", target)\n"
-                                   "    folder = os.open(os.path.dirname(target), os.O_RDONLY)\n"
-                                   "    os.fsync(folder)\n"
-                                   "    os.close(folder)\n"
-                                   "start = time.perf_counter()\n"
-                                   "for _ in range(rounds):\n"
-                                   "    save(plistlib.load(open(source, \"rb\")))\n"
-                                   "print((time.perf_counter() - start) / rounds)",
-                                   "\"" + Original(inSize).string() + "\" \"" + Original(inSize).string() + ".out\" " +
-                                       std::to_string(rounds) + (inDurable ? " 1" : " 0"));
+    std::string output = RunPython(
+        "import os, plistlib, sys, time\n"
+        "source, target, rounds, durable = sys.argv[1], sys.argv[2], int(sys.argv[3]), sys.argv[4] == \"1\"\n"
+        "def save(items):\n"
+        "    if not durable:\n"
+        "        return plistlib.dump(items, open(target, \"wb\"))\n"
+        "    with open(target + \".tmp\", \"wb\") as f:\n"
+        "        plistlib.dump(items, f)\n"
+        "        f.flush()\n"
+        "        os.fsync(f.fileno())\n"
+        "    os.replace(target + \".tmp\", target)\n"
+        "    folder = os.open(os.path.dirname(target), os.O_RDONLY)\n"
+        "    os.fsync(folder)\n"
+        "    os.close(folder)\n"
+        "start = time.perf_counter()\n"
+        "for _ in range(rounds):\n"
+        "    save(plistlib.load(open(source, \"rb\")))\n"
+        "print((time.perf_counter() - start) / rounds)",
+        "\"" + Original(inSize).string() + "\" \"" + Original(inSize).string() + ".out\" " + std::to_string(rounds) +
+            (inDurable ? " 1" : " 0"));
     return known[inSize] = std::atof(output.c_str());
 }
 
@@ -140,11 +142,16 @@ int main(int argc, char** argv)
     for (long size : {10L, 1000L, 100000L}) {
         MakeList(size);
         benchmark::RegisterBenchmark("UpdateLoginItems", BM_UpdateLoginItems)
-            ->Arg(size)->UseManualTime()->Unit(benchmark::kMillisecond);
+            ->Arg(size)
+            ->UseManualTime()
+            ->Unit(benchmark::kMillisecond);
         for (long durable : {0L, 1L})
             benchmark::RegisterBenchmark(durable ? "plistlib load+durable dump" : "plistlib load+dump",
                                          BM_PlistlibLoadDump)
-                ->Args({size, durable})->UseManualTime()->Iterations(1)->Unit(benchmark::kMillisecond);
+                ->Args({size, durable})
+                ->UseManualTime()
+                ->Iterations(1)
+                ->Unit(benchmark::kMillisecond);
     }
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();

@@ -1,7 +1,7 @@
 // The text form of property lists from arbitrary bytes: the reader answers a value made of
 // strings, data, arrays and dictionaries, or NULL with a reason; it never crashes, hangs or
 // leaks. A value that can be written as XML reads back equal.
-#include "PropertyList/PropertyListText.h"
+#include "PropertyList/CFPropertyListText.h"
 
 #include <CoreFoundation/CFRuntime.h>
 #include <CoreFoundation/CoreFoundation.h>

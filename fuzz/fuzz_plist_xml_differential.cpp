@@ -2,8 +2,8 @@
 // leaks, and wherever both read a value, the two values are equal. A difference means one of
 // them misreads a file that the other takes, so the choice of reader would change settings.
 #include "PropertyList/XMLReader.h"
-#include "PropertyList/PropertyListNodes.h"
-#include "PropertyList/PropertyListShape.h"
+#include "PropertyList/CFPropertyListNodes.h"
+#include "PropertyList/CFPropertyListShape.h"
 
 #include <CoreFoundation/CFRuntime.h>
 #include <CoreFoundation/CoreFoundation.h>

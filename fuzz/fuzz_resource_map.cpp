@@ -48,7 +48,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* inData, size_t inSize)
             sink = sink + Sum(data) + Sum(map.Name(entry));
             if (type.type != FourCC("STR#"))
                 continue;
-            for (SInt32 index = 1; std::optional<std::span<const UInt8>> text = carbon::IndexedString(data, index); ++index)
+            for (SInt32 index = 1; std::optional<std::span<const UInt8>> text = carbon::IndexedString(data, index);
+                 ++index)
                 sink = sink + Sum(*text);
         }
     }

@@ -34,12 +34,18 @@ void ReadEverything(CFURLRef inURL)
     CFStringRef all = CFSTR("");
     CFStringRef some = CFSTR("/%?#");
     Owned pieces[] = {
-        Owned(CFURLCopyScheme(inURL)),           Owned(CFURLCopyNetLocation(inURL)),
-        Owned(CFURLCopyPath(inURL)),             Owned(CFURLCopyStrictPath(inURL, nullptr)),
-        Owned(CFURLCopyResourceSpecifier(inURL)), Owned(CFURLCopyHostName(inURL)),
-        Owned(CFURLCopyUserName(inURL)),         Owned(CFURLCopyPassword(inURL)),
-        Owned(CFURLCopyParameterString(inURL, all)), Owned(CFURLCopyQueryString(inURL, some)),
-        Owned(CFURLCopyFragment(inURL, nullptr)), Owned(CFURLCopyLastPathComponent(inURL)),
+        Owned(CFURLCopyScheme(inURL)),
+        Owned(CFURLCopyNetLocation(inURL)),
+        Owned(CFURLCopyPath(inURL)),
+        Owned(CFURLCopyStrictPath(inURL, nullptr)),
+        Owned(CFURLCopyResourceSpecifier(inURL)),
+        Owned(CFURLCopyHostName(inURL)),
+        Owned(CFURLCopyUserName(inURL)),
+        Owned(CFURLCopyPassword(inURL)),
+        Owned(CFURLCopyParameterString(inURL, all)),
+        Owned(CFURLCopyQueryString(inURL, some)),
+        Owned(CFURLCopyFragment(inURL, nullptr)),
+        Owned(CFURLCopyLastPathComponent(inURL)),
         Owned(CFURLCopyPathExtension(inURL)),
         Owned(CFURLCopyFileSystemPath(inURL, kCFURLPOSIXPathStyle)),
         Owned(CFURLCopyFileSystemPath(inURL, kCFURLHFSPathStyle)),
@@ -64,7 +70,8 @@ void ReadEverything(CFURLRef inURL)
 
 void CheckEscapesRoundTrip(CFStringRef inText)
 {
-    Owned escaped(CFURLCreateStringByAddingPercentEscapes(nullptr, inText, nullptr, CFSTR(";?"), kCFStringEncodingUTF8));
+    Owned escaped(
+        CFURLCreateStringByAddingPercentEscapes(nullptr, inText, nullptr, CFSTR(";?"), kCFStringEncodingUTF8));
     if (escaped.ref == nullptr)
         return;  // a lone surrogate has no UTF-8 form
     Owned back(CFURLCreateStringByReplacingPercentEscapes(nullptr, static_cast<CFStringRef>(escaped.ref), CFSTR("")));

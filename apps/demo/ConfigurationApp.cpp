@@ -57,8 +57,9 @@ void ShowState(QLabel& ioStatus, QPushButton& ioButton)
 int main(int argc, char** argv)
 {
     if (argc > 1 && std::strcmp(argv[1], "--help") == 0) {
-        std::printf("Usage: %s [--help | --version | Qt options]\nThe Vemora spindeck demo configuration application: shows whether "
-                    "the background helper runs, and starts or stops it.\n",
+        std::printf("Usage: %s [--help | --version | Qt options]\n"
+                    "The Vemora spindeck demo configuration application: shows whether the background helper\n"
+                    "runs, and starts or stops it.\n",
                     argv[0]);
         return 0;
     }

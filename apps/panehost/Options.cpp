@@ -65,26 +65,25 @@ std::optional<HostOptions> HostOptions::Parse(const QStringList& inArguments, QS
 
 QString HostOptions::Usage(const QString& inProgram)
 {
-    return QStringLiteral(
-               "Usage: %1 [--pane PATH]...\n"
-               "       %1 --headless --pane PATH [--json] [ACTION]...\n"
-               "       %1 --help | --version\n"
-               "\n"
-               "Shows the installed preference panes (from the preference-pane folders of the user,\n"
-               "the installation and the system) and the one chosen; --pane adds a pane bundle and\n"
-               "shows it.\n"
-               "\n"
-               "--headless needs no display: it selects the pane, does the actions in the order\n"
-               "given, and prints what the pane shows (button, status line, sheet) at the end.\n"
-               "  --click              press the pane's button (nothing happens while it is disabled)\n"
-               "  --wait SECONDS       let the pane run (its timers fire) for that long\n"
-               "  --print              print what the pane shows now\n"
-               "  --activate           tell the pane the application became active\n"
-               "  --unselect           leave the pane, and print its answer to shouldUnselect\n"
-               "  --screenshot FILE    save a PNG of the pane's view\n"
-               "  --json               print one JSON object per line instead of text\n"
-               "\n"
-               "Exit status: 0 done, 1 the pane could not be shown or a screenshot not saved,\n"
-               "2 wrong options.\n")
+    return QStringLiteral("Usage: %1 [--pane PATH]...\n"
+                          "       %1 --headless --pane PATH [--json] [ACTION]...\n"
+                          "       %1 --help | --version\n"
+                          "\n"
+                          "Shows the installed preference panes (from the preference-pane folders of the user,\n"
+                          "the installation and the system) and the one chosen; --pane adds a pane bundle and\n"
+                          "shows it.\n"
+                          "\n"
+                          "--headless needs no display: it selects the pane, does the actions in the order\n"
+                          "given, and prints what the pane shows (button, status line, sheet) at the end.\n"
+                          "  --click              press the pane's button (nothing happens while it is disabled)\n"
+                          "  --wait SECONDS       let the pane run (its timers fire) for that long\n"
+                          "  --print              print what the pane shows now\n"
+                          "  --activate           tell the pane the application became active\n"
+                          "  --unselect           leave the pane, and print its answer to shouldUnselect\n"
+                          "  --screenshot FILE    save a PNG of the pane's view\n"
+                          "  --json               print one JSON object per line instead of text\n"
+                          "\n"
+                          "Exit status: 0 done, 1 the pane could not be shown or a screenshot not saved,\n"
+                          "2 wrong options.\n")
         .arg(inProgram);
 }

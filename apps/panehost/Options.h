@@ -9,8 +9,8 @@
 
 struct HostAction {
     enum Kind { Click, Wait, Print, Screenshot, Unselect, Activate } kind = Print;
-    double seconds{};    // Wait
-    QString file{};      // Screenshot
+    double seconds{};  // Wait
+    QString file{};    // Screenshot
 };
 
 struct HostOptions {

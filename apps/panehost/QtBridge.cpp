@@ -2,7 +2,4 @@
 
 NSString* ToNSString(const QString& inText) { return NSString::stringWithUTF8String(inText.toUtf8().constData()); }
 
-QString ToQString(NSString* inText)
-{
-    return inText ? QString::fromStdString(inText->UTF8String()) : QString();
-}
+QString ToQString(NSString* inText) { return inText ? QString::fromStdString(inText->UTF8String()) : QString(); }

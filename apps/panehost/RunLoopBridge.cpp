@@ -2,8 +2,7 @@
 
 #include <CoreFoundation/CFRunLoop.h>
 
-RunLoopBridge::RunLoopBridge()
-    : mNotifier(_CFRunLoopGetWaitDescriptor(CFRunLoopGetMain()), QSocketNotifier::Read)
+RunLoopBridge::RunLoopBridge() : mNotifier(_CFRunLoopGetWaitDescriptor(CFRunLoopGetMain()), QSocketNotifier::Read)
 {
     connect(&mNotifier, &QSocketNotifier::activated, this, &RunLoopBridge::RunDueWork);
 }

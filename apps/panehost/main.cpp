@@ -133,8 +133,7 @@ int main(int argc, char** argv)
             if (inType == QtFatalMsg)
                 std::abort();
         });
-    }
-    else if (qEnvironmentVariableIsEmpty("DISPLAY") && qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY")) {
+    } else if (qEnvironmentVariableIsEmpty("DISPLAY") && qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY")) {
         std::fprintf(stderr, "panehost: there is no display to show a window on; use --headless\n");
         return 1;
     }
@@ -143,7 +142,8 @@ int main(int argc, char** argv)
     application.setApplicationName(QStringLiteral("panehost"));
     NSAutoreleasePool pool;
     // What the panes autorelease while handling an event goes when Qt waits for the next one.
-    QObject::connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::aboutToBlock, [&pool] { pool.drain(); });
+    QObject::connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::aboutToBlock,
+                     [&pool] { pool.drain(); });
     RunLoopBridge runLoop;
     QObject::connect(&application, &QGuiApplication::applicationStateChanged, [](Qt::ApplicationState inState) {
         if (inState == Qt::ApplicationActive)

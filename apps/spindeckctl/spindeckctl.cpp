@@ -110,7 +110,7 @@ std::optional<Options> Parse(int argc, char** argv)
 int BackendStatus(const Gx::CFString& inApp, Report& ioReport)
 {
     ioReport.running = spindeck::IsBackendRunning(inApp, &ioReport.found);
-    ioReport.message = !ioReport.found       ? "The background helper was not found in the application."
+    ioReport.message = !ioReport.found    ? "The background helper was not found in the application."
                        : ioReport.running ? "The background helper is running."
                                           : "The background helper is not running.";
     return ioReport.found ? kSuccess : kNotFound;
@@ -156,9 +156,9 @@ int Media(const std::string& inCommand, const Gx::CFString& inApp, Report& ioRep
         bool wasRunning = ioReport.running;
         OSStatus status = spindeck::LaunchITunesHelper(inApp);
         ioReport.action = status != noErr ? "failed" : wasRunning ? "none" : "started";
-        ioReport.message = status != noErr ? "The media-player helper could not be started (status " +
-                                                 std::to_string(status) + ")."
-                                           : "The media-player helper is running.";
+        ioReport.message = status != noErr
+                               ? "The media-player helper could not be started (status " + std::to_string(status) + ")."
+                               : "The media-player helper is running.";
         ioReport.running = spindeck::IsITunesHelperRunning(inApp, nullptr);
         return status == noErr ? kSuccess : kFailed;
     }

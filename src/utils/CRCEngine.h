@@ -1,4 +1,6 @@
 // The library that computes CRC-32 checksums faster than a table can, when the build has one.
+// The build compiles one of two sources for it: CRCEngineISAL.cpp when ISA-L is installed,
+// CRCEngineNone.cpp (which has no such library) otherwise.
 #pragma once
 
 #include <cstdint>

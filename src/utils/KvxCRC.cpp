@@ -126,8 +126,14 @@ unsigned long CRC::getCRC(const wchar_t* inText, unsigned long inCount) const
     return crc;
 }
 
-void swap32(unsigned char* ioBuffer, unsigned long inCount) { SwapGroups<std::uint32_t, ByteSwap32>(ioBuffer, inCount); }
+void swap32(unsigned char* ioBuffer, unsigned long inCount)
+{
+    SwapGroups<std::uint32_t, ByteSwap32>(ioBuffer, inCount);
+}
 
-void swap16(unsigned char* ioBuffer, unsigned long inCount) { SwapGroups<std::uint16_t, ByteSwap16>(ioBuffer, inCount); }
+void swap16(unsigned char* ioBuffer, unsigned long inCount)
+{
+    SwapGroups<std::uint16_t, ByteSwap16>(ioBuffer, inCount);
+}
 
 }  // namespace kvx

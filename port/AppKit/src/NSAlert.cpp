@@ -105,8 +105,8 @@ void NSBeginInformationalAlertSheet(NSString* inTitle, NSString* inDefaultButton
     if (inMessageFormat) {
         va_list arguments;
         va_start(arguments, inMessageFormat);
-        CFStringRef message =
-            CFStringCreateWithFormatAndArguments(nullptr, nullptr, inMessageFormat->CFString(), arguments);
+        CFStringRef message = CFStringCreateWithFormatAndArguments(nullptr, nullptr, inMessageFormat->CFString(),
+                                                                   arguments);
         va_end(arguments);
         alert->setInformativeText(NSString::bridge(message));
         if (message)

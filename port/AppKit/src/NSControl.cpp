@@ -50,7 +50,7 @@ void FitToTitle(QAbstractButton& ioButton)
     ioButton.setMinimumWidth(std::max(designed.toInt(), ioButton.sizeHint().width() + 2 * em));
     ioButton.updateGeometry();
 }
-} // namespace
+}  // namespace
 
 NSString* NSButton::title() const
 {

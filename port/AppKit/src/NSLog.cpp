@@ -30,6 +30,6 @@ void NSLogv(NSString* inFormat, va_list inArguments)
     char date[32];
     std::strftime(date, sizeof date, "%Y-%m-%d %H:%M:%S", &local);
     // One write per line, so that lines of several processes sharing standard error stay whole.
-    std::fprintf(stderr, "%s.%03lld %s[%d] %s\n", date, static_cast<long long>(millis),
-                 program_invocation_short_name, static_cast<int>(::getpid()), text.c_str());
+    std::fprintf(stderr, "%s.%03lld %s[%d] %s\n", date, static_cast<long long>(millis), program_invocation_short_name,
+                 static_cast<int>(::getpid()), text.c_str());
 }

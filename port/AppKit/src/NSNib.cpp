@@ -64,8 +64,8 @@ bool Bind(NSView& ioTop, QWidget* inWidget, NSObject& inOwner, const NSOutletTab
         static std::set<std::string> sNames;
         SEL selector(sNames.insert(action.toStdString()).first->c_str());
         if (!inOwner.respondsToSelector(selector)) {
-            NSLog(NSSTR("Interface: %s does not answer the action %s of %s"), inOwner.className(),
-                  action.constData(), name.c_str());
+            NSLog(NSSTR("Interface: %s does not answer the action %s of %s"), inOwner.className(), action.constData(),
+                  name.c_str());
             return false;
         }
         control->setTarget(&inOwner);
@@ -88,7 +88,8 @@ NSView* NSLoadInterface(NSString* inPath, NSObject& inOwner, const NSOutletTable
     loader.setWorkingDirectory(QFileInfo(file).absoluteDir());
     QWidget* top = loader.load(&file);
     if (top == nullptr) {
-        NSLog(NSSTR("Interface: %@ is not a readable interface: %s"), inPath, loader.errorString().toUtf8().constData());
+        NSLog(NSSTR("Interface: %@ is not a readable interface: %s"), inPath,
+              loader.errorString().toUtf8().constData());
         return nullptr;
     }
     NSView* view = NSNew<NSView>(top, true);

@@ -88,8 +88,8 @@ struct ClassRegistry {
 
 ClassRegistry& Classes()
 {
-    static ClassRegistry registry;
-    return registry;
+    static ClassRegistry sRegistry;
+    return sRegistry;
 }
 
 }  // namespace

@@ -2,10 +2,7 @@
 #include <AppKit/NSTimer.h>
 
 NSTimer::NSTimer(NSTimeInterval inInterval, id inTarget, SEL inSelector, id inUserInfo, BOOL inRepeats)
-    : mInterval(inInterval > 0 ? inInterval : 0.0001),
-      mTarget(inTarget),
-      mSelector(inSelector),
-      mUserInfo(inUserInfo),
+    : mInterval(inInterval > 0 ? inInterval : 0.0001), mTarget(inTarget), mSelector(inSelector), mUserInfo(inUserInfo),
       mRepeats(inRepeats)
 {
     if (mTarget)
@@ -36,10 +33,7 @@ NSTimer* NSTimer::scheduledTimerWithTimeIntervalTargetSelectorUserInfoRepeats(NS
     return static_cast<NSTimer*>(timer->autorelease());
 }
 
-void NSTimer::Fired(CFRunLoopTimerRef, void* inInfo)
-{
-    static_cast<NSTimer*>(inInfo)->fire();
-}
+void NSTimer::Fired(CFRunLoopTimerRef, void* inInfo) { static_cast<NSTimer*>(inInfo)->fire(); }
 
 void NSTimer::fire()
 {

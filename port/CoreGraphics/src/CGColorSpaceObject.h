@@ -9,7 +9,10 @@ struct CGColorSpace final : cf::Object {
 
     explicit CGColorSpace(CGColorSpaceModel inModel) : Object(CGColorSpaceGetTypeID()), mModel(inModel) {}
 
-    bool Equal(const Object& inOther) const override { return mModel == static_cast<const CGColorSpace&>(inOther).mModel; }
+    bool Equal(const Object& inOther) const override
+    {
+        return mModel == static_cast<const CGColorSpace&>(inOther).mModel;
+    }
     CFHashCode Hash() const override { return CFHashCode(mModel) + 1; }
     std::string Describe() const override;
 };

@@ -17,10 +17,10 @@ struct CGImage final : cf::Object {
     port::Owned<CGColorSpaceRef> mSpace;  // given back in Finalize, when the last reference goes
     std::vector<UInt8> mPixels;
 
-    CGImage(size_t inWidth, size_t inHeight, size_t inBytesPerRow, const cg::PixelFormat& inFormat, CGColorSpaceRef inSpace,
-            std::vector<UInt8> inPixels)
-        : Object(CGImageGetTypeID()), mWidth(inWidth), mHeight(inHeight), mBytesPerRow(inBytesPerRow), mFormat(inFormat),
-          mSpace(port::Owned<CGColorSpaceRef>::Retained(inSpace)), mPixels(std::move(inPixels))
+    CGImage(size_t inWidth, size_t inHeight, size_t inBytesPerRow, const cg::PixelFormat& inFormat,
+            CGColorSpaceRef inSpace, std::vector<UInt8> inPixels)
+        : Object(CGImageGetTypeID()), mWidth(inWidth), mHeight(inHeight), mBytesPerRow(inBytesPerRow),
+          mFormat(inFormat), mSpace(port::Owned<CGColorSpaceRef>::Retained(inSpace)), mPixels(std::move(inPixels))
     {
     }
 

@@ -32,7 +32,8 @@ std::optional<PixelFormat> PixelFormat::Make(size_t inBitsPerComponent, CGColorS
         return alpha == kCGImageAlphaNone && order == kCGBitmapByteOrderDefault ? std::optional(format) : std::nullopt;
     bool alphaFirst = alpha == kCGImageAlphaPremultipliedFirst || alpha == kCGImageAlphaNoneSkipFirst;
     bool alphaLast = alpha == kCGImageAlphaPremultipliedLast || alpha == kCGImageAlphaNoneSkipLast;
-    bool wordOrder = order == kCGBitmapByteOrderDefault || order == kCGBitmapByteOrder32Big || order == kCGBitmapByteOrder32Little;
+    bool wordOrder = order == kCGBitmapByteOrderDefault || order == kCGBitmapByteOrder32Big ||
+                     order == kCGBitmapByteOrder32Little;
     if (inModel != kCGColorSpaceModelRGB || !(alphaFirst || alphaLast) || !wordOrder)
         return std::nullopt;
     // Positions in the 32-bit word from its most significant byte; a little-endian word

@@ -29,10 +29,7 @@ std::string Relocated(std::string_view inFolder, std::string_view inFrom, std::s
     return std::string(inTo) + std::string(tail);
 }
 
-Folders Configured()
-{
-    return {kPrefix, kDataFolder, kConfigurationFolder, kStateFolder};
-}
+Folders Configured() { return {kPrefix, kDataFolder, kConfigurationFolder, kStateFolder}; }
 
 }  // namespace
 

@@ -20,7 +20,9 @@ namespace {
 // three octal digits ("\040").
 std::string Unescape(std::string_view inField)
 {
-    auto octal = [&](std::size_t inAt) { return inAt < inField.size() && inField[inAt] >= '0' && inField[inAt] <= '7'; };
+    auto octal = [&](std::size_t inAt) {
+        return inAt < inField.size() && inField[inAt] >= '0' && inField[inAt] <= '7';
+    };
     std::string text;
     for (std::size_t at = 0; at < inField.size(); ++at) {
         if (inField[at] == '\\' && octal(at + 1) && octal(at + 2) && octal(at + 3)) {

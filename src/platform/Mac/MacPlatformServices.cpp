@@ -32,7 +32,10 @@ constexpr UInt32 kAttributeEventClass = FourCC("VmRe");
 constexpr UInt32 kAttributeEventKind = 1;
 constexpr EventParamName kAttributeValueParam = FourCC("vmiv");
 
-void Log(int inLine, const char* inMessage) { std::fprintf(stderr, "%s: [%d] %s\n", kOurProductName, inLine, inMessage); }
+void Log(int inLine, const char* inMessage)
+{
+    std::fprintf(stderr, "%s: [%d] %s\n", kOurProductName, inLine, inMessage);
+}
 
 bool IsProcessMissing(OSErr inStatus) { return inStatus == procNotFound || inStatus == -604; }
 

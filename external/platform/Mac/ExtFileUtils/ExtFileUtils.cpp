@@ -2,28 +2,6 @@
 #include "ExtFileUtilsInternal.h"
 
 #include <cstring>
-#include <vector>
-
-namespace ExtFileUtils {
-
-OSErr VolumeLockStatus(UInt16 inVolumeFlags)
-{
-    if (inVolumeFlags & kFSVolFlagHardwareLockedMask)
-        return wPrErr;
-    if (inVolumeFlags & kFSVolFlagSoftwareLockedMask)
-        return vLckdErr;
-    return noErr;
-}
-
-std::string PathOf(const FSRef& inRef)
-{
-    std::vector<UInt8> path(4096);
-    if (FSRefMakePath(&inRef, path.data(), UInt32(path.size())) != noErr)
-        return {};
-    return reinterpret_cast<const char*>(path.data());
-}
-
-}  // namespace ExtFileUtils
 
 using namespace ExtFileUtils;
 
@@ -73,8 +51,8 @@ OSErr FSGetNodeID(const FSRef* inRef, long* outNodeID, Boolean* outIsDirectory)
 
 OSErr FSGetUserPrivilegesPermissions(const FSRef* inRef, UInt8* outUserPrivileges, UInt32 outPermissions[4])
 {
-    FSCatalogInfoBitmap which =
-        InfoIf(outUserPrivileges, kFSCatInfoUserPrivs) | InfoIf(outPermissions, kFSCatInfoPermissions);
+    FSCatalogInfoBitmap which = InfoIf(outUserPrivileges, kFSCatInfoUserPrivs) |
+                                InfoIf(outPermissions, kFSCatInfoPermissions);
     FSCatalogInfo info;
     OSErr status = FSGetCatalogInfo(inRef, which, &info, nullptr, nullptr, nullptr);
     if (status != noErr)
@@ -106,8 +84,8 @@ OSErr FSCheckLock(const FSRef* inRef)
 
 OSErr FSGetForkSizes(const FSRef* inRef, UInt64* outDataLogicalSize, UInt64* outRsrcLogicalSize)
 {
-    FSCatalogInfoBitmap which =
-        InfoIf(outDataLogicalSize, kFSCatInfoDataSizes) | InfoIf(outRsrcLogicalSize, kFSCatInfoRsrcSizes);
+    FSCatalogInfoBitmap which = InfoIf(outDataLogicalSize, kFSCatInfoDataSizes) |
+                                InfoIf(outRsrcLogicalSize, kFSCatInfoRsrcSizes);
     FSCatalogInfo info;
     OSErr status = FSGetCatalogInfo(inRef, which, &info, nullptr, nullptr, nullptr);
     if (status != noErr)

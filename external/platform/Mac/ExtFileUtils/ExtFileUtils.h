@@ -90,8 +90,7 @@ using IterateContainerFilterProcPtr = Boolean (*)(Boolean inContainerChanged, It
 // paramErr without a filter function. inWantSpec and inWantName decide whether the filter
 // gets a specification and a name (else NULL).
 OSErr FSIterateContainer(const FSRef* inContainer, ItemCount inMaxLevels, FSCatalogInfoBitmap inWhichInfo,
-                         Boolean inWantSpec, Boolean inWantName, IterateContainerFilterProcPtr inFilter,
-                         void* ioData);
+                         Boolean inWantSpec, Boolean inWantName, IterateContainerFilterProcPtr inFilter, void* ioData);
 // A new handle holding the references of a folder's items (the caller disposes of it), their
 // count, and whether the folder changed while it was read (optional).
 OSErr FSGetDirectoryItems(const FSRef* inContainer, FSRef*** outRefsHandle, ItemCount* outRefCount,
@@ -99,8 +98,7 @@ OSErr FSGetDirectoryItems(const FSRef* inContainer, FSRef*** outRefsHandle, Item
 
 // A name "<seed in decimal>" that neither folder holds, trying seeds from *ioStartSeed on;
 // *ioStartSeed is left one past the seed used. inDir2 may be NULL.
-OSErr GenerateUniqueHFSUniStr(long* ioStartSeed, const FSRef* inDir1, const FSRef* inDir2,
-                              HFSUniStr255* outUniqueName);
+OSErr GenerateUniqueHFSUniStr(long* ioStartSeed, const FSRef* inDir1, const FSRef* inDir2, HFSUniStr255* outUniqueName);
 
 // ---- Moving, renaming, copying, exchanging ----
 

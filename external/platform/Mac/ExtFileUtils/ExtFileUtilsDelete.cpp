@@ -81,10 +81,9 @@ struct IterateState {
 
 bool ReadItemToVisit(FSIterator inIterator, IterateState& ioState)
 {
-    ioState.result = FSGetCatalogInfoBulk(inIterator, 1, &ioState.actualObjects, &ioState.containerChanged,
-                                          ioState.whichInfo, &ioState.catalogInfo, &ioState.ref,
-                                          ioState.wantSpec ? &ioState.spec : nullptr,
-                                          ioState.wantName ? &ioState.name : nullptr);
+    ioState.result = FSGetCatalogInfoBulk(
+        inIterator, 1, &ioState.actualObjects, &ioState.containerChanged, ioState.whichInfo, &ioState.catalogInfo,
+        &ioState.ref, ioState.wantSpec ? &ioState.spec : nullptr, ioState.wantName ? &ioState.name : nullptr);
     return ioState.result == noErr && ioState.actualObjects == 1;
 }
 
@@ -177,8 +176,8 @@ OSErr FSGetDirectoryItems(const FSRef* inContainer, FSRef*** outRefsHandle, Item
     ItemCount count = 0, actual = 0;
     Boolean changed = false;
     OSErr status;
-    while ((status = FSGetCatalogInfoBulk(iterator, kBatch, &actual, &changed, kFSCatInfoNone, nullptr, batch,
-                                          nullptr, nullptr)) == noErr) {
+    while ((status = FSGetCatalogInfoBulk(iterator, kBatch, &actual, &changed, kFSCatInfoNone, nullptr, batch, nullptr,
+                                          nullptr)) == noErr) {
         if (outContainerChanged)
             *outContainerChanged = *outContainerChanged || changed;
         SetHandleSize(refs, Size((count + actual) * sizeof(FSRef)));

@@ -1,6 +1,6 @@
 // Finder information: reading and writing it, changing flags, creator and type, and moving
 // the parent folder's date so that a window showing the folder notices the change.
-#include "ExtFileUtilsInternal.h"
+#include "ExtFileUtilsFinder.h"
 
 #include <cstring>
 
@@ -42,7 +42,8 @@ OSErr BumpDateWithClock(const FSRef* inRef, Clock inClock)
 {
     FSCatalogInfo info;
     FSRef parent;
-    OSErr status = FSGetCatalogInfo(inRef, kFSCatInfoNodeFlags | kFSCatInfoContentMod, &info, nullptr, nullptr, &parent);
+    OSErr status = FSGetCatalogInfo(inRef, kFSCatInfoNodeFlags | kFSCatInfoContentMod, &info, nullptr, nullptr,
+                                    &parent);
     if (status != noErr)
         return status;
     UTCDateTime old = info.contentModDate;
@@ -114,7 +115,8 @@ OSErr FSChangeCreatorType(const FSRef* inRef, OSType inFileCreator, OSType inFil
 {
     FSCatalogInfo info;
     FSRef parent;
-    OSErr status = FSGetCatalogInfo(inRef, kFSCatInfoNodeFlags | kFSCatInfoFinderInfo, &info, nullptr, nullptr, &parent);
+    OSErr status = FSGetCatalogInfo(inRef, kFSCatInfoNodeFlags | kFSCatInfoFinderInfo, &info, nullptr, nullptr,
+                                    &parent);
     if (status != noErr)
         return status;
     if (info.nodeFlags & kFSNodeIsDirectoryMask)

@@ -1,12 +1,11 @@
-// Inside the extended file utilities: the decisions kept apart from the calls that feed them,
-// so that each can be exercised directly, and the helpers the library's files share.
+// What the library's files share inside the extended file utilities: the includes every one
+// needs, the catalog-information mask built from the results a caller asked for, and the
+// volume-lock decision, kept apart from the calls that feed it so that it can be tested.
 #pragma once
 
 #include <Carbon/FSErrno.h>
 
 #include <ExtFileUtils/ExtFileUtils.h>
-
-#include <string>
 
 namespace ExtFileUtils {
 
@@ -19,21 +18,5 @@ constexpr FSCatalogInfoBitmap InfoIf(const void* inResult, FSCatalogInfoBitmap i
 // What a volume's flags say about writing to it: wPrErr, vLckdErr or 0, the hardware lock
 // looked at first.
 OSErr VolumeLockStatus(UInt16 inVolumeFlags);
-
-// FSBumpDate with the clock given, so that "now" can be made to equal the stored date.
-using Clock = OSStatus (*)(UTCDateTime* outDateTime, OptionBits inOptions);
-OSErr BumpDateWithClock(const FSRef* inRef, Clock inClock);
-
-// GetTempBuffer's sizes: the first one tried for a request, and the one tried after it when
-// the first cannot be had.
-ByteCount RoundedTempBufferSize(ByteCount inRequestedSize);
-ByteCount FallbackTempBufferSize(UInt64 inFreeMemory, UInt64 inLargestBlock);
-
-// Exchanges two files' names by moves and renames, for volumes that cannot exchange them in
-// one step. Each reference keeps naming its own contents.
-OSErr ExchangeByRenames(const FSRef* inSourceRef, const FSRef* inDestRef);
-
-// An item's absolute path, empty when it has none that fits.
-std::string PathOf(const FSRef& inRef);
 
 }  // namespace ExtFileUtils

@@ -1,5 +1,5 @@
 // Temporary buffers for copying: as large as asked, or as large as memory allows.
-#include "ExtFileUtilsInternal.h"
+#include "ExtFileUtilsMemory.h"
 
 #include <algorithm>
 #include <limits>

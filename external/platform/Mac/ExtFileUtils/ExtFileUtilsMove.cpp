@@ -1,5 +1,5 @@
 // Moving and renaming in one step, unique names, and exchanging two files.
-#include "ExtFileUtilsInternal.h"
+#include "ExtFileUtilsMove.h"
 
 #include <algorithm>
 #include <ctime>
@@ -49,8 +49,8 @@ bool SameItem(const FSRef& inFirst, const FSRef& inSecond) { return FSCompareFSR
 // reports, so this one's own status is not.
 void PutBack(const FSRef* inRef, const Placement& inWhere)
 {
-    FSMoveRenameObjectUnicode(inRef, &inWhere.parent, inWhere.name.length, inWhere.name.unicode,
-                              kTextEncodingUnknown, nullptr);
+    FSMoveRenameObjectUnicode(inRef, &inWhere.parent, inWhere.name.length, inWhere.name.unicode, kTextEncodingUnknown,
+                              nullptr);
 }
 
 // Moves an item whose name is taken in the destination: renamed first to a name free in
@@ -96,7 +96,8 @@ OSErr ExchangeByRenames(const FSRef* inSourceRef, const FSRef* inDestRef)
 {
     Placement source, dest;
     FSCatalogInfo sourceInfo, destInfo;
-    OSErr status = FSGetCatalogInfo(inSourceRef, kFSCatInfoNodeFlags, &sourceInfo, &source.name, nullptr, &source.parent);
+    OSErr status = FSGetCatalogInfo(inSourceRef, kFSCatInfoNodeFlags, &sourceInfo, &source.name, nullptr,
+                                    &source.parent);
     if (status == noErr)
         status = FSGetCatalogInfo(inDestRef, kFSCatInfoNodeFlags, &destInfo, &dest.name, nullptr, &dest.parent);
     if (status != noErr)
@@ -130,8 +131,7 @@ OSErr ExchangeByRenames(const FSRef* inSourceRef, const FSRef* inDestRef)
 
 }  // namespace ExtFileUtils
 
-OSErr GenerateUniqueHFSUniStr(long* ioStartSeed, const FSRef* inDir1, const FSRef* inDir2,
-                              HFSUniStr255* outUniqueName)
+OSErr GenerateUniqueHFSUniStr(long* ioStartSeed, const FSRef* inDir1, const FSRef* inDir2, HFSUniStr255* outUniqueName)
 {
     if (ioStartSeed == nullptr || inDir1 == nullptr || outUniqueName == nullptr)
         return paramErr;

@@ -17,7 +17,9 @@ class NSOutletTable {
 public:
     using Setter = std::function<bool(NSObject&, NSView*)>;
 
-    explicit NSOutletTable(std::vector<std::pair<std::string_view, Setter>> inOutlets) : mOutlets(std::move(inOutlets)) {}
+    explicit NSOutletTable(std::vector<std::pair<std::string_view, Setter>> inOutlets) : mOutlets(std::move(inOutlets))
+    {
+    }
 
     template <class T, class V>
     static std::pair<std::string_view, Setter> Entry(std::string_view inName, V* T::*inMember)

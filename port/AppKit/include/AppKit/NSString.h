@@ -12,7 +12,10 @@ class NSString final {
 public:
     NSString() = delete;
 
-    static NSString* bridge(CFStringRef inString) { return reinterpret_cast<NSString*>(const_cast<__CFString*>(inString)); }
+    static NSString* bridge(CFStringRef inString)
+    {
+        return reinterpret_cast<NSString*>(const_cast<__CFString*>(inString));
+    }
     // A string value of the runtime, or nil for NULL or any other kind of object.
     static NSString* cast(CFTypeRef inObject);
     CFStringRef CFString() const { return reinterpret_cast<CFStringRef>(this); }

@@ -11,8 +11,9 @@ public:
     NSTimer(NSTimeInterval inInterval, id inTarget, SEL inSelector, id inUserInfo, BOOL inRepeats);
 
     // An autoreleased timer, already scheduled in the main run loop's common modes.
-    static NSTimer* scheduledTimerWithTimeIntervalTargetSelectorUserInfoRepeats(
-        NSTimeInterval inInterval, id inTarget, SEL inSelector, id inUserInfo, BOOL inRepeats);
+    static NSTimer* scheduledTimerWithTimeIntervalTargetSelectorUserInfoRepeats(NSTimeInterval inInterval, id inTarget,
+                                                                                SEL inSelector, id inUserInfo,
+                                                                                BOOL inRepeats);
 
     void fire();
     void invalidate();

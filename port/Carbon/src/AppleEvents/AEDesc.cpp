@@ -1,6 +1,6 @@
 // Descriptors as a whole: creating, copying, disposing, reading their data, coercing and
 // flattening them.
-#include "AEAccess.h"
+#include "AEDesc.h"
 #include "AECoercion.h"
 #include "AEFlatten.h"
 

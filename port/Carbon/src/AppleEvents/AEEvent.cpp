@@ -1,6 +1,6 @@
 // Apple events: their attributes, set when the event is made, and their parameters, which
 // are the event's record fields.
-#include "AEAccess.h"
+#include "AEDesc.h"
 #include "AECoercion.h"
 
 #include <Carbon/AppleEvents.h>

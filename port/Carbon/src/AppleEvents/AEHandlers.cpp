@@ -1,5 +1,5 @@
 // The process's table of event handlers, and dispatching an event to the right one.
-#include "AEDispatch.h"
+#include "AEHandlers.h"
 #include "AEReceiver.h"
 
 #include <map>

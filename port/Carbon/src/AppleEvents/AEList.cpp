@@ -1,6 +1,6 @@
 // Lists and records: items by index, fields by keyword. An Apple event answers the same
 // calls with its parameters.
-#include "AEAccess.h"
+#include "AEDesc.h"
 #include "AECoercion.h"
 #include "AEFlatten.h"
 

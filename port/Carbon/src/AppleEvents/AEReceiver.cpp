@@ -6,7 +6,7 @@
 // run loop and handed to the handlers as a quit event.
 #include "AEReceiver.h"
 
-#include "AEDispatch.h"
+#include "AEHandlers.h"
 #include "AEWire.h"
 #include <PortSupport/UniqueDescriptor.h>
 #include "Processes/ProcessStat.h"

@@ -1,6 +1,6 @@
 // Sending events: to this process straight to the handler, the quit event to another
 // process as SIGTERM, other events over the receiver's socket.
-#include "AEDispatch.h"
+#include "AEHandlers.h"
 #include "AERemote.h"
 #include "AEValue.h"
 #include <PortSupport/UniqueDescriptor.h>

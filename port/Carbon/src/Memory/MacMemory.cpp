@@ -16,7 +16,7 @@ namespace {
 constexpr UInt32 kPtrMagic = 0x50747221;     // "Ptr!"
 constexpr UInt32 kHandleMagic = 0x486e6421;  // "Hnd!"
 
-thread_local OSErr sMemError = noErr;
+thread_local OSErr tMemError = noErr;
 
 // In front of every pointer block; its alignment keeps the caller's bytes aligned for any type.
 struct alignas(alignof(std::max_align_t)) PtrHeader {
@@ -34,7 +34,7 @@ struct MasterPointer {
 
 OSErr SetMemError(OSErr inStatus)
 {
-    sMemError = inStatus;
+    tMemError = inStatus;
     return inStatus;
 }
 
@@ -225,4 +225,4 @@ void HSetState(Handle inHandle, SInt8 inFlags)
     }
 }
 
-OSErr MemError() { return sMemError; }
+OSErr MemError() { return tMemError; }

@@ -144,8 +144,8 @@ OSErr GetNextProcess(ProcessSerialNumber* ioPSN)
     else if (!restart)
         return paramErr;
 
-    thread_local ProcessWalk sWalk;
-    std::optional<ProcessStat> next = sWalk.Next(after, restart);
+    thread_local ProcessWalk tWalk;
+    std::optional<ProcessStat> next = tWalk.Next(after, restart);
     if (!next) {
         *ioPSN = ProcessSerialNumber{0, kNoProcess};
         return procNotFound;

@@ -15,7 +15,7 @@ namespace {
 // Which localized file was opened together with each file that the map calls answered, so
 // that closing the one closes the other.
 struct Companions {
-    std::mutex mutex;
+    std::mutex lock;
     std::unordered_map<ResFileRefNum, ResFileRefNum> localized;
 };
 
@@ -90,7 +90,7 @@ ResFileRefNum CFBundleOpenBundleResourceMap(CFBundleRef inBundle)
         return localized;
     if (localized != kResFileNotOpened) {
         Companions& companions = SharedCompanions();
-        std::lock_guard lock(companions.mutex);
+        std::lock_guard guard(companions.lock);
         companions.localized[main] = localized;
     }
     return main;
@@ -101,7 +101,7 @@ void CFBundleCloseBundleResourceMap(CFBundleRef /*inBundle*/, ResFileRefNum inRe
     ResFileRefNum localized = kResFileNotOpened;
     {
         Companions& companions = SharedCompanions();
-        std::lock_guard lock(companions.mutex);
+        std::lock_guard guard(companions.lock);
         if (auto found = companions.localized.find(inRefNum); found != companions.localized.end()) {
             localized = found->second;
             companions.localized.erase(found);

@@ -11,11 +11,11 @@ using Depth = carbon::ResourceChain::Depth;
 
 namespace {
 
-thread_local OSErr sResError = noErr;
+thread_local OSErr tResError = noErr;
 
 OSErr Record(OSErr inStatus)
 {
-    sResError = inStatus;
+    tResError = inStatus;
     return inStatus;
 }
 
@@ -60,7 +60,7 @@ ResFileRefNum CurResFile()
 
 void UseResFile(ResFileRefNum inRefNum) { Record(ResourceChain::Shared().Use(inRefNum)); }
 
-OSErr ResError() { return sResError; }
+OSErr ResError() { return tResError; }
 
 ResourceCount CountResources(ResType inType)
 {

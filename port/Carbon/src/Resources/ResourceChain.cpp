@@ -69,7 +69,7 @@ ResourceChain& ResourceChain::Shared()
 
 OSErr ResourceChain::Open(const FSRef& inRef, std::span<const UniChar> inForkName, ResFileRefNum& outRefNum)
 {
-    std::lock_guard lock(mMutex);
+    std::lock_guard guard(mLock);
     if (File* open = FindOpen(inRef, inForkName)) {
         outRefNum = open->refNum;
         return noErr;
@@ -97,7 +97,7 @@ OSErr ResourceChain::Open(const FSRef& inRef, std::span<const UniChar> inForkNam
 
 OSErr ResourceChain::Close(ResFileRefNum inRefNum)
 {
-    std::lock_guard lock(mMutex);
+    std::lock_guard guard(mLock);
     std::optional<std::size_t> index = IndexOf(inRefNum);
     if (!index)
         return resFNotFound;
@@ -115,7 +115,7 @@ OSErr ResourceChain::Close(ResFileRefNum inRefNum)
 
 OSErr ResourceChain::Use(ResFileRefNum inRefNum)
 {
-    std::lock_guard lock(mMutex);
+    std::lock_guard guard(mLock);
     if (!IndexOf(inRefNum))
         return resFNotFound;
     mCurrent = inRefNum;
@@ -124,13 +124,13 @@ OSErr ResourceChain::Use(ResFileRefNum inRefNum)
 
 ResFileRefNum ResourceChain::Current()
 {
-    std::lock_guard lock(mMutex);
+    std::lock_guard guard(mLock);
     return mCurrent;
 }
 
 ResourceCount ResourceChain::Count(ResType inType, Depth inDepth)
 {
-    std::lock_guard lock(mMutex);
+    std::lock_guard guard(mLock);
     std::size_t count = 0;
     for (File* file : SearchPath(inDepth))
         if (const ResourceTypeEntry* type = file->map.FindType(inType))
@@ -140,7 +140,7 @@ ResourceCount ResourceChain::Count(ResType inType, Depth inDepth)
 
 Handle ResourceChain::Get(ResType inType, ResID inID, Depth inDepth, OSErr& outStatus)
 {
-    std::lock_guard lock(mMutex);
+    std::lock_guard guard(mLock);
     for (File* file : SearchPath(inDepth)) {
         const ResourceTypeEntry* type = file->map.FindType(inType);
         if (type == nullptr)
@@ -155,7 +155,7 @@ Handle ResourceChain::Get(ResType inType, ResID inID, Depth inDepth, OSErr& outS
 
 Handle ResourceChain::GetIndexed(ResType inType, ResourceIndex inIndex, OSErr& outStatus)
 {
-    std::lock_guard lock(mMutex);
+    std::lock_guard guard(mLock);
     for (File* file : SearchPath(Depth::CurrentFile)) {
         const ResourceTypeEntry* type = file->map.FindType(inType);
         if (type != nullptr && inIndex >= 1 && std::size_t(inIndex) <= type->resources.size())
@@ -167,7 +167,7 @@ Handle ResourceChain::GetIndexed(ResType inType, ResourceIndex inIndex, OSErr& o
 
 Handle ResourceChain::GetNamed(ResType inType, std::span<const UInt8> inName, Depth inDepth, OSErr& outStatus)
 {
-    std::lock_guard lock(mMutex);
+    std::lock_guard guard(mLock);
     for (File* file : SearchPath(inDepth)) {
         const ResourceTypeEntry* type = file->map.FindType(inType);
         if (type == nullptr)
@@ -182,7 +182,7 @@ Handle ResourceChain::GetNamed(ResType inType, std::span<const UInt8> inName, De
 
 std::optional<ResourceFacts> ResourceChain::Facts(Handle inResource)
 {
-    std::lock_guard lock(mMutex);
+    std::lock_guard guard(mLock);
     auto found = mOwners.find(inResource);
     if (found == mOwners.end())
         return std::nullopt;
@@ -194,7 +194,7 @@ std::optional<ResourceFacts> ResourceChain::Facts(Handle inResource)
 
 OSErr ResourceChain::Release(Handle inResource)
 {
-    std::lock_guard lock(mMutex);
+    std::lock_guard guard(mLock);
     auto found = mOwners.find(inResource);
     if (found == mOwners.end())
         return resNotFound;
@@ -205,7 +205,7 @@ OSErr ResourceChain::Release(Handle inResource)
 
 OSErr ResourceChain::Detach(Handle inResource)
 {
-    std::lock_guard lock(mMutex);
+    std::lock_guard guard(mLock);
     auto found = mOwners.find(inResource);
     if (found == mOwners.end())
         return resNotFound;

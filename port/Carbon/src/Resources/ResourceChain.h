@@ -67,7 +67,7 @@ private:
     Handle Load(File& ioFile, ResType inType, const ResourceEntry& inEntry, OSErr& outStatus);
     void Forget(Handle inResource, const Owner& inOwner);
 
-    std::mutex mMutex;
+    std::mutex mLock;
     std::vector<std::unique_ptr<File>> mFiles;  // oldest first
     ResFileRefNum mCurrent = kResFileNotOpened;
     std::unordered_map<Handle, Owner> mOwners;

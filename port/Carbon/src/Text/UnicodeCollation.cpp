@@ -52,10 +52,10 @@ OwnedCollator MakeCollator(std::size_t inIndex)
 // from several threads at once.
 const UCollator* CachedCollator(UCCollateOptions inOptions)
 {
-    static std::mutex sMutex;
+    static std::mutex sLock;
     static std::array<OwnedCollator, 4> sCollators;
     std::size_t index = CollatorIndex(inOptions);
-    std::lock_guard lock(sMutex);
+    std::lock_guard guard(sLock);
     if (!sCollators[index])
         sCollators[index] = MakeCollator(index);
     return sCollators[index].get();

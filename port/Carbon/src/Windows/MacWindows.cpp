@@ -24,17 +24,17 @@ class LiveWindows {
 public:
     void Add(WindowRef inWindow)
     {
-        std::lock_guard lock(mLock);
+        std::lock_guard guard(mLock);
         mWindows.insert(inWindow);
     }
     bool Remove(WindowRef inWindow)
     {
-        std::lock_guard lock(mLock);
+        std::lock_guard guard(mLock);
         return mWindows.erase(inWindow) == 1;
     }
     bool Contains(WindowRef inWindow) const
     {
-        std::lock_guard lock(mLock);
+        std::lock_guard guard(mLock);
         return mWindows.contains(inWindow);
     }
 

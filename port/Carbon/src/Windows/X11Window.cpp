@@ -67,7 +67,7 @@ std::shared_ptr<X11Display> X11Display::Current()
         return nullptr;
     static std::mutex sLock;
     static std::weak_ptr<X11Display> sShared;
-    std::lock_guard lock(sLock);
+    std::lock_guard guard(sLock);
     std::shared_ptr<X11Display> display = sShared.lock();
     // A connection the server has dropped is of no use to a new window.
     if (display && display->mName == name && !xcb_connection_has_error(display->mConnection))

@@ -1,5 +1,5 @@
 // A bundle's executable code: shared objects loaded into the process and their symbols.
-#include "BundleFiles.h"
+#include "CFBundleFiles.h"
 #include "CFBundleObject.h"
 
 #include <cstdio>

@@ -1,5 +1,5 @@
 // File-system helpers of the bundle calls.
-#include "BundleFiles.h"
+#include "CFBundleFiles.h"
 
 #include <CoreFoundation/CFPropertyList.h>
 #include <CoreFoundation/CFRuntime.h>

@@ -1,7 +1,7 @@
 // A bundle's information: the dictionary of Info.plist and its localised values, the
 // identifier, version, development region and package codes.
-#include "BundleFiles.h"
-#include "BundleSearch.h"
+#include "CFBundleFiles.h"
+#include "CFBundleLocalizations.h"
 
 #include <optional>
 #include <string_view>

@@ -1,5 +1,5 @@
 // Language names and the matching of the user's languages against a bundle's localisations.
-#include "BundleLanguages.h"
+#include "CFBundleLanguages.h"
 
 #include <algorithm>
 #include <array>

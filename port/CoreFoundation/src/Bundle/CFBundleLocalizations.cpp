@@ -1,7 +1,7 @@
 // A bundle's localisations, the user's preferred ones, and the order of resource lookups.
-#include "BundleFiles.h"
-#include "BundleLanguages.h"
-#include "BundleSearch.h"
+#include "CFBundleFiles.h"
+#include "CFBundleLanguages.h"
+#include "CFBundleLocalizations.h"
 
 #include <algorithm>
 

@@ -1,5 +1,5 @@
 // The main bundle: the bundle that holds the running program.
-#include "BundleFiles.h"
+#include "CFBundleFiles.h"
 #include "CFBundleObject.h"
 
 #include <climits>

@@ -1,6 +1,6 @@
 // A bundle's locations: its folders, executables and resources.
-#include "BundleFiles.h"
-#include "BundleSearch.h"
+#include "CFBundleFiles.h"
+#include "CFBundleLocalizations.h"
 
 #include <set>
 

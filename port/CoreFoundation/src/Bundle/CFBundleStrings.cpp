@@ -1,6 +1,6 @@
 // Localised strings: the string tables of a bundle's preferred localisation.
-#include "BundleFiles.h"
-#include "BundleSearch.h"
+#include "CFBundleFiles.h"
+#include "CFBundleLocalizations.h"
 
 namespace {
 

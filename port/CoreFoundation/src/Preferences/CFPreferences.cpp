@@ -1,7 +1,7 @@
 // The preferences calls: search lists over domains, typed readers, and writes that stay
 // pending until the domain is synchronised.
-#include "PreferencesDomain.h"
-#include "PreferencesLocations.h"
+#include "CFPreferencesDomain.h"
+#include "CFPreferencesLocations.h"
 #include "PropertyList/XMLWriter.h"
 
 #include <CoreFoundation/CFNumber.h>

@@ -1,5 +1,5 @@
 // The values of a domain: its file as last read, with this process's unwritten changes on top.
-#include "PreferencesDomain.h"
+#include "CFPreferencesDomain.h"
 #include "PropertyList/XMLWriter.h"
 
 #include <CoreFoundation/CFString.h>

@@ -1,5 +1,5 @@
 // Domain files on disk: reading with a damaged file kept aside, and atomic replacement.
-#include "PreferencesFile.h"
+#include "CFPreferencesFile.h"
 
 #include <CoreFoundation/CFData.h>
 #include <CoreFoundation/CFDictionary.h>

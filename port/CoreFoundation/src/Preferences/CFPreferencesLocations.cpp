@@ -1,6 +1,6 @@
 // Domain names and file paths. The environment is read on every call, so that a program
 // (or a test) that changes $XDG_CONFIG_HOME or $HOME sees the change at once.
-#include "PreferencesLocations.h"
+#include "CFPreferencesLocations.h"
 
 #include <CoreFoundation/CFBundle.h>
 #include <CoreFoundation/CFPreferences.h>

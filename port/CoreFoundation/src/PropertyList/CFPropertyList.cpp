@@ -4,10 +4,10 @@
 // through libplist; the text form through our own reader.
 #include "PropertyList/XMLReader.h"
 #include "PropertyList/XMLWriter.h"
-#include "PropertyListNodes.h"
-#include "PropertyListShape.h"
-#include "PropertyListSupport.h"
-#include "PropertyListText.h"
+#include "CFPropertyListNodes.h"
+#include "CFPropertyListShape.h"
+#include "CFPropertyListSupport.h"
+#include "CFPropertyListText.h"
 
 #include <CoreFoundation/CFData.h>
 #include <CoreFoundation/CFDate.h>

@@ -1,5 +1,5 @@
 // Conversions between libplist's nodes and our values.
-#include "PropertyListNodes.h"
+#include "CFPropertyListNodes.h"
 #include "String/StringEncoding.h"
 
 #include <CoreFoundation/CFData.h>

@@ -1,6 +1,6 @@
 // Structure-only walks over XML and binary input, without building anything.
-#include "PropertyListShape.h"
-#include "PropertyListSupport.h"
+#include "CFPropertyListShape.h"
+#include "CFPropertyListSupport.h"
 
 #include <cstdint>
 #include <vector>

@@ -1,5 +1,5 @@
 // Constructors and walkers shared by the property-list readers and writers.
-#include "PropertyListSupport.h"
+#include "CFPropertyListSupport.h"
 
 #include <CoreFoundation/CFData.h>
 #include <CoreFoundation/CFDate.h>

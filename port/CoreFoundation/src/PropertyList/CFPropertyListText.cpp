@@ -1,7 +1,7 @@
 // A recursive-descent reader of the text form. It never reads past the end of its input and
 // stops at a fixed nesting depth, so any bytes at all give either a value or a reason.
-#include "PropertyListSupport.h"
-#include "PropertyListText.h"
+#include "CFPropertyListSupport.h"
+#include "CFPropertyListText.h"
 #include "String/StringEncoding.h"
 
 #include <CoreFoundation/CFString.h>

@@ -3,7 +3,7 @@
 // else (character data sections, unknown elements, damage) it leaves to the full reader.
 #pragma once
 
-#include "PropertyListSupport.h"
+#include "CFPropertyListSupport.h"
 
 #include <string_view>
 

@@ -2,7 +2,7 @@
 // the same values are always written the same way.
 #include "XMLWriter.h"
 
-#include "PropertyListSupport.h"
+#include "CFPropertyListSupport.h"
 #include "CalendarDays.h"
 
 #include <CoreFoundation/CFData.h>

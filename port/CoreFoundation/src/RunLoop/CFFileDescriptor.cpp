@@ -2,7 +2,7 @@
 // that polls the descriptor.
 #include <CoreFoundation/CFFileDescriptor.h>
 
-#include "CFRunLoopInternal.h"
+#include "CFRunLoopObject.h"
 
 #include <sys/epoll.h>
 

@@ -1,6 +1,6 @@
 // What a run loop holds in which mode: adding and removing timers and sources, common
 // modes, and taking invalidated items out again.
-#include "CFRunLoopInternal.h"
+#include "CFRunLoopObject.h"
 
 #include <algorithm>
 #include <cmath>

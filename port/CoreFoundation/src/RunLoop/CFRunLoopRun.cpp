@@ -1,6 +1,6 @@
 // Running a run loop: waiting on epoll until the deadline, then firing the timers that are
 // due and performing the sources that are ready, pass after pass.
-#include "CFRunLoopInternal.h"
+#include "CFRunLoopObject.h"
 
 #include <sys/epoll.h>
 #include <unistd.h>

@@ -1,5 +1,5 @@
 // Run loop sources made by clients (version 0): signalled by hand, performed by the run loop.
-#include "CFRunLoopInternal.h"
+#include "CFRunLoopObject.h"
 
 #include <CoreFoundation/CFString.h>
 

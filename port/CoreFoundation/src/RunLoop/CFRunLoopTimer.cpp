@@ -1,5 +1,5 @@
 // Run loop timers: a fire date, an optional interval, and a callout.
-#include "CFRunLoopInternal.h"
+#include "CFRunLoopObject.h"
 
 #include <cstdio>
 

@@ -2,8 +2,8 @@
 // the case, diacritic, width and canonical-equivalence flags, or through an ICU collator for
 // a localised order.
 #include "CFStringObject.h"
-#include "StringFolding.h"
-#include "StringLocale.h"
+#include "CFStringFolding.h"
+#include "CFStringLocale.h"
 
 #include <unicode/uchar.h>
 #include <unicode/ucol.h>
@@ -179,8 +179,8 @@ void AppendUTF16(const cf::FoldedText& inFolded, cf::SmallVector<UChar, cf::Fold
 int Collated(std::u16string_view inFirst, std::u16string_view inSecond, CFStringCompareFlags inFlags,
              const std::string& inLocale)
 {
-    thread_local CollatorCache cache;
-    UCollator* collator = cache.Get(inLocale, inFlags);
+    thread_local CollatorCache tCollators;
+    UCollator* collator = tCollators.Get(inLocale, inFlags);
     if (collator == nullptr)
         return Literal(inFirst, inSecond);
     if (!(inFlags & kCFCompareWidthInsensitive))

@@ -1,8 +1,8 @@
 // Searching strings: the find calls, prefixes and suffixes, and the list of every occurrence.
 #include "CFStringObject.h"
-#include "StringFolding.h"
-#include "StringLocale.h"
-#include "StringSearch.h"
+#include "CFStringFolding.h"
+#include "CFStringLocale.h"
+#include "CFStringFind.h"
 
 namespace cf {
 

@@ -1,7 +1,7 @@
 // Folding text for comparison and search: each source character goes through the width, the
 // decomposition, the case and the diacritic step in turn, and what comes out is recorded
 // together with the source units it came from.
-#include "StringFolding.h"
+#include "CFStringFolding.h"
 
 #include <unicode/uchar.h>
 #include <unicode/unorm2.h>

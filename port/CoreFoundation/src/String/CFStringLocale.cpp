@@ -1,5 +1,5 @@
 // The locale that localised comparisons and searches follow.
-#include "StringLocale.h"
+#include "CFStringLocale.h"
 
 #include <CoreFoundation/CFRuntime.h>
 

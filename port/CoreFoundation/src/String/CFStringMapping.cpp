@@ -1,7 +1,7 @@
 // Mappings of a whole mutable string through ICU: upper, lower and title case, and the four
 // Unicode normalisation forms.
 #include "CFStringObject.h"
-#include "StringLocale.h"
+#include "CFStringLocale.h"
 
 #include <unicode/unorm2.h>
 #include <unicode/ustring.h>

@@ -1,7 +1,7 @@
 // Changing mutable strings: inserting, deleting, replacing, padding, trimming, and replacing
 // every occurrence of a string.
 #include "CFStringObject.h"
-#include "StringSearch.h"
+#include "CFStringFind.h"
 
 #include <unicode/uchar.h>
 #include <unicode/utf16.h>

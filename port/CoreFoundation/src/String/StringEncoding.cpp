@@ -32,9 +32,9 @@ using ConverterPtr = std::unique_ptr<UConverter, ConverterCloser>;
 // per encoding, set to stop at the first character it cannot convert.
 UConverter* Converter(CFStringEncoding inEncoding)
 {
-    thread_local std::map<CFStringEncoding, ConverterPtr> converters;
-    auto found = converters.find(inEncoding);
-    if (found != converters.end()) {
+    thread_local std::map<CFStringEncoding, ConverterPtr> tConverters;
+    auto found = tConverters.find(inEncoding);
+    if (found != tConverters.end()) {
         ucnv_reset(found->second.get());
         return found->second.get();
     }
@@ -46,7 +46,7 @@ UConverter* Converter(CFStringEncoding inEncoding)
     ucnv_setFromUCallBack(converter.get(), UCNV_FROM_U_CALLBACK_STOP, nullptr, nullptr, nullptr, &status);
     if (U_FAILURE(status))
         return nullptr;
-    return converters.emplace(inEncoding, std::move(converter)).first->second.get();
+    return tConverters.emplace(inEncoding, std::move(converter)).first->second.get();
 }
 
 bool IsASCII(std::span<const UInt8> inBytes)

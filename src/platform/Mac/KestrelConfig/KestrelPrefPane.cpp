@@ -24,14 +24,14 @@ KestrelPrefPane* KestrelPrefPane::initWithBundle(NSBundle* inBundle)
 
 const NSSelectorTable& KestrelPrefPane::selectors() const
 {
-    static const NSSelectorTable sTable(&NSPreferencePane::selectors(),
-                                        {
-                                            NSSelectorTable::Entry("toggleFBAHelper:", &KestrelPrefPane::toggleFBAHelper),
-                                            NSSelectorTable::Entry("launchConfigTool:", &KestrelPrefPane::launchConfigTool),
-                                            NSSelectorTable::Entry("updateStartStopButton:",
-                                                                   &KestrelPrefPane::updateStartStopButton),
-                                            NSSelectorTable::Entry("checkForFBAQuit:", &KestrelPrefPane::checkForFBAQuit),
-                                        });
+    static const NSSelectorTable sTable(
+        &NSPreferencePane::selectors(),
+        {
+            NSSelectorTable::Entry("toggleFBAHelper:", &KestrelPrefPane::toggleFBAHelper),
+            NSSelectorTable::Entry("launchConfigTool:", &KestrelPrefPane::launchConfigTool),
+            NSSelectorTable::Entry("updateStartStopButton:", &KestrelPrefPane::updateStartStopButton),
+            NSSelectorTable::Entry("checkForFBAQuit:", &KestrelPrefPane::checkForFBAQuit),
+        });
     return sTable;
 }
 
@@ -153,6 +153,6 @@ void KestrelPrefPane::openConsoleNotFoundErrSheet()
               "your Applications root folder."),
         nullptr);
     NSView* view = mainView();
-    NSBeginInformationalAlertSheet(title, nullptr, nullptr, nullptr, view ? view->window() : nullptr, this, SEL(), SEL(),
-                                   nullptr, message);
+    NSBeginInformationalAlertSheet(title, nullptr, nullptr, nullptr, view ? view->window() : nullptr, this, SEL(),
+                                   SEL(), nullptr, message);
 }

@@ -31,7 +31,10 @@ void FBAAlertCallback(NMRec* inRecord) { --*reinterpret_cast<int*>(inRecord->nmR
 // left behind. That order is the family's construction contract.
 FBAAlert::FBAAlert(CFStringRef inMessage) { initNMRec(inMessage); }
 
-FBAAlert::FBAAlert(CFStringRef inKey, CFStringRef inDefaultText) { initNMRec(inKey, inDefaultText, CFSTR("Localizable")); }
+FBAAlert::FBAAlert(CFStringRef inKey, CFStringRef inDefaultText)
+{
+    initNMRec(inKey, inDefaultText, CFSTR("Localizable"));
+}
 
 FBAAlert::~FBAAlert() { DisposeNMUPP(_notif->nmResp); }
 

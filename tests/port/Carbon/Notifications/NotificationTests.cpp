@@ -1,7 +1,7 @@
 // Notes for the user, posted to the test's own notification server on a private session bus
 // (which records the exact calls) and to a notification daemon from the system's packages.
 #include "NotificationTesting.h"
-#include "XvfbDisplay.h"
+#include "XvfbServer.h"
 
 #include <Carbon/Notification.h>
 
@@ -99,7 +99,7 @@ TEST_F(Notes, ARealNotificationDaemonShowsAndClosesTheNote)
 {
     if (!std::filesystem::exists("/usr/bin/dunst"))
         GTEST_SKIP() << "dunst is not installed (scripts/setup installs it)";
-    XvfbDisplay display;
+    XvfbServer display;
     if (!display.Unavailable().empty())
         GTEST_SKIP() << display.Unavailable();
     DisplayVariable variable(display.Name());
@@ -108,7 +108,7 @@ TEST_F(Notes, ARealNotificationDaemonShowsAndClosesTheNote)
     ASSERT_GE(sd_bus_open_user(&bus), 0);
     std::unique_ptr<sd_bus, decltype(&sd_bus_flush_close_unref)> closer(bus, sd_bus_flush_close_unref);
     const char* name = "org.freedesktop.Notifications";
-    ASSERT_TRUE(XvfbDisplay::Eventually([&] { return sd_bus_get_name_creds(bus, name, 0, nullptr) >= 0; }));
+    ASSERT_TRUE(XvfbServer::Eventually([&] { return sd_bus_get_name_creds(bus, name, 0, nullptr) >= 0; }));
 
     unsigned char text[] = "\x0BThree words";
     NMRec note = Note(text, true);

@@ -1,33 +1,16 @@
-#include <Carbon/MacErrors.h>
-#include <Carbon/MacWindows.h>
+// Windows without a display, as in a build without X: records that answer every call.
+#include "DisplayVariable.h"
+#include "WindowTesting.h"
 
-#include "XvfbDisplay.h"
-
-#include <xcb/shape.h>
+#include <gtest/gtest.h>
 
 #include <tuple>
 
 namespace {
 
-using spindeck::test::DisplayVariable;
-using spindeck::test::XReply;
-using spindeck::test::XvfbDisplay;
-
-constexpr Rect kBounds{40, 30, 140, 230};  // top, left, bottom, right
-constexpr WindowDefSpec kSimple{kWindowDefProcID, {.procID = kWindowSimpleProc}};
+using namespace spindeck::test;
 
 auto Edges(const Rect& inRect) { return std::tuple(inRect.top, inRect.left, inRect.bottom, inRect.right); }
-
-// Disposed of when the test ends, whatever it checked.
-struct Window {
-    Window(WindowClass inClass, WindowAttributes inAttributes)
-        : status(CreateCustomWindow(&kSimple, inClass, inAttributes, &kBounds, &ref))
-    {
-    }
-    ~Window() { DisposeWindow(ref); }
-    WindowRef ref = nullptr;
-    OSStatus status;
-};
 
 TEST(MacWindows, WithoutADisplayAWindowIsARecordThatAnswersEveryCall)
 {
@@ -88,40 +71,6 @@ TEST(MacWindows, RefusedRequestsLeaveNoWindowAndUnknownWindowsAreNotFollowed)
         EXPECT_FALSE(IsWindowVisible(window));
         DisposeWindow(window);  // must not free anything a second time
     }
-}
-
-TEST(MacWindows, OnADisplayEachWindowIsAnXWindowThatFollowsItsRecord)
-{
-    XvfbDisplay server;
-    if (std::string why = server.Unavailable(); !why.empty())
-        GTEST_SKIP() << why;
-    DisplayVariable display(server.Name());
-    xcb_connection_t* x = server.Connection();
-    auto mapState = [x](xcb_window_t inWindow) {
-        XReply<xcb_get_window_attributes_reply_t> reply(
-            xcb_get_window_attributes_reply(x, xcb_get_window_attributes(x, inWindow), nullptr));
-        return reply ? reply->map_state : 0xFF;
-    };
-    auto inputRectangles = [x](xcb_window_t inWindow) {
-        XReply<xcb_shape_get_rectangles_reply_t> reply(xcb_shape_get_rectangles_reply(
-            x, xcb_shape_get_rectangles(x, inWindow, XCB_SHAPE_SK_INPUT), nullptr));
-        return reply ? int(reply->rectangles_len) : -1;
-    };
-    {
-        Window clickable(kDocumentWindowClass, kWindowNoAttributes);
-        Window ignoring(kOverlayWindowClass, kWindowIgnoreClicksAttribute);
-        std::vector<xcb_window_t> windows = server.TopLevelWindows();  // in stacking order
-        ASSERT_EQ(windows.size(), 2u);
-        EXPECT_EQ(mapState(windows[0]), XCB_MAP_STATE_UNMAPPED);
-        ShowWindow(clickable.ref);
-        EXPECT_TRUE(XvfbDisplay::Eventually([&] { return mapState(windows[0]) == XCB_MAP_STATE_VIEWABLE; }));
-        HideWindow(clickable.ref);
-        EXPECT_TRUE(XvfbDisplay::Eventually([&] { return mapState(windows[0]) == XCB_MAP_STATE_UNMAPPED; }));
-
-        EXPECT_EQ(inputRectangles(windows[0]), 1);
-        EXPECT_TRUE(XvfbDisplay::Eventually([&] { return inputRectangles(windows[1]) == 0; }));
-    }
-    EXPECT_TRUE(XvfbDisplay::Eventually([&] { return server.TopLevelWindows().empty(); }));
 }
 
 }  // namespace

@@ -12,17 +12,11 @@ using FSUtils::ThrowIfFailed;
 
 namespace {
 
-[[noreturn]] void ThrowNoFSRef()
-{
-    OSError::Throw(errFSBadFSRef, "File object has no FSRef", sourceLocation_Nothing);
-}
+[[noreturn]] void ThrowNoFSRef() { OSError::Throw(errFSBadFSRef, "File object has no FSRef", sourceLocation_Nothing); }
 
 }  // namespace
 
-FSObject::FSObject(const FSRef& inRef) : mFSRef(inRef), mState(ref_Exists)
-{
-    Update();
-}
+FSObject::FSObject(const FSRef& inRef) : mFSRef(inRef), mState(ref_Exists) { Update(); }
 
 FSObject::FSObject(const FSRef& inParentRef, const HFSUniStr255& inName)
     : mFSRef(inParentRef), mName(inName), mState(ref_ParentAndName)
@@ -62,10 +56,7 @@ FSObject::FSObject(const FSSpec& inSpec, CFStringEncoding inEncoding)
     mState = ref_ParentAndName;
 }
 
-FSObject::FSObject(CFURLRef inURL)
-{
-    InitFromURL(inURL);
-}
+FSObject::FSObject(CFURLRef inURL) { InitFromURL(inURL); }
 
 FSObject::FSObject(const CFString& inPath, CFURLPathStyle inPathStyle)
 {
@@ -157,8 +148,8 @@ CFURL FSObject::GetURL() const
     CFURL parent(mFSRef);
     // Escaped, so that a name holding '%', a space or a non-ASCII character is read back as
     // exactly that name relative to the folder.
-    CFString escaped(CFURLCreateStringByAddingPercentEscapes(kCFAllocatorDefault, mName.UseRef(), nullptr,
-                                                             nullptr, kCFStringEncodingUTF8),
+    CFString escaped(CFURLCreateStringByAddingPercentEscapes(kCFAllocatorDefault, mName.UseRef(), nullptr, nullptr,
+                                                             kCFStringEncodingUTF8),
                      false);
     return CFURL(escaped.UseRef(), parent);
 }
@@ -249,10 +240,7 @@ bool FSObject::IsFolder() const
     return (info.nodeFlags & kFSNodeIsDirectoryMask) != 0;
 }
 
-bool FSObject::IsFile() const
-{
-    return !IsFolder();
-}
+bool FSObject::IsFile() const { return !IsFolder(); }
 
 OSStatus FSObject::CheckLock() const
 {
@@ -333,15 +321,9 @@ void FSObject::Rename(const CFString& inName, TextEncoding inHint)
     Rename(name, inHint);
 }
 
-void FSObject::Delete()
-{
-    DeleteWith(FSDeleteObject, "FSDeleteObject failed");
-}
+void FSObject::Delete() { DeleteWith(FSDeleteObject, "FSDeleteObject failed"); }
 
-void FSObject::DeleteContainer()
-{
-    DeleteWith(FSDeleteContainer, "FSDeleteContainer failed");
-}
+void FSObject::DeleteContainer() { DeleteWith(FSDeleteContainer, "FSDeleteContainer failed"); }
 
 void FSObject::DeleteContainerContents()
 {
@@ -430,8 +412,7 @@ void FSObject::DeleteWith(OSErr (*inDelete)(const FSRef*), const char* inMessage
     const FSRef& item = UseRef();
     HFSUniStr255 name;
     FSRef parent;
-    ThrowIfFailed(FSGetCatalogInfo(&item, kFSCatInfoNone, nullptr, &name, nullptr, &parent),
-                  "FSGetCatalogInfo failed");
+    ThrowIfFailed(FSGetCatalogInfo(&item, kFSCatInfoNone, nullptr, &name, nullptr, &parent), "FSGetCatalogInfo failed");
     // Made before the item goes, so that nothing can fail between deleting it and
     // describing what was there.
     CFString oldName(name);

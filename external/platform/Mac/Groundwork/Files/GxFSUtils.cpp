@@ -82,7 +82,4 @@ OSErr MakeFolderRef(FSVolumeRefNum inVolume, SInt32 inDirID, FSRef& outRef)
 }  // namespace FSUtils
 }  // namespace Gx
 
-bool operator==(const FSRef& inRef1, const FSRef& inRef2)
-{
-    return FSCompareFSRefs(&inRef1, &inRef2) == noErr;
-}
+bool operator==(const FSRef& inRef1, const FSRef& inRef2) { return FSCompareFSRefs(&inRef1, &inRef2) == noErr; }

@@ -14,9 +14,11 @@ namespace FSUtils {
 // Case, width and composition do not make two names different, diacritics and punctuation
 // do, and runs of digits compare by value, so "Report" equals "report" and "file9" sorts
 // before "file10".
-inline constexpr UCCollateOptions collateOptions_FSNames =
-    kUCCollateComposeInsensitiveMask | kUCCollateWidthInsensitiveMask | kUCCollateCaseInsensitiveMask |
-    kUCCollatePunctuationSignificantMask | kUCCollateDigitsOverrideMask | kUCCollateDigitsAsNumberMask;
+inline constexpr UCCollateOptions collateOptions_FSNames = kUCCollateComposeInsensitiveMask |
+                                                           kUCCollateWidthInsensitiveMask |
+                                                           kUCCollateCaseInsensitiveMask |
+                                                           kUCCollatePunctuationSignificantMask |
+                                                           kUCCollateDigitsOverrideMask | kUCCollateDigitsAsNumberMask;
 
 // Writes the string's length first and only then refuses a string over 255 units with
 // RuntimeError 'cfsc', so a caller that catches the error can still see how long it was.

@@ -18,10 +18,7 @@ FileFork::FileFork(const FSRef& inRef, SInt8 inPermission, const HFSUniStr255& i
     Open(inRef, inPermission, inForkName);
 }
 
-FileFork::~FileFork()
-{
-    Close();
-}
+FileFork::~FileFork() { Close(); }
 
 void FileFork::Open(const FSRef& inRef, SInt8 inPermission, const HFSUniStr255& inForkName)
 {
@@ -45,10 +42,7 @@ void FileFork::Close()
     mRefNum = refNum_Closed;
 }
 
-OSErr FileFork::Flush()
-{
-    return FSFlushFork(mRefNum);
-}
+OSErr FileFork::Flush() { return FSFlushFork(mRefNum); }
 
 SInt64 FileFork::GetSize() const
 {

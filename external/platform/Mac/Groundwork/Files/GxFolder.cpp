@@ -11,15 +11,9 @@ namespace Gx {
 
 using FSUtils::ThrowIfFailed;
 
-Folder::Folder(const FSObject& inLocation) : mLocation(inLocation)
-{
-    SetVolAndDirIDFromLocation();
-}
+Folder::Folder(const FSObject& inLocation) : mLocation(inLocation) { SetVolAndDirIDFromLocation(); }
 
-Folder::Folder(FSVolumeRefNum inVolume, SInt32 inDirID) : mVolume(inVolume), mDirID(inDirID)
-{
-    UpdateLocation();
-}
+Folder::Folder(FSVolumeRefNum inVolume, SInt32 inDirID) : mVolume(inVolume), mDirID(inDirID) { UpdateLocation(); }
 
 void Folder::SetVolAndDirIDFromLocation()
 {
@@ -63,9 +57,9 @@ void Folder::CreateOnDisk(FSCatalogInfoBitmap inWhichInfo, const FSCatalogInfo* 
     }
     FSRef created;
     UInt32 dirID = 0;
-    ThrowIfFailed(FSCreateDirectoryUnicode(&parent, name.length, name.unicode, inWhichInfo, inInfo, &created,
-                                           nullptr, &dirID),
-                  "FSCreateDirectoryUnicode failed");
+    ThrowIfFailed(
+        FSCreateDirectoryUnicode(&parent, name.length, name.unicode, inWhichInfo, inInfo, &created, nullptr, &dirID),
+        "FSCreateDirectoryUnicode failed");
     mDirID = SInt32(dirID);
     mLocation = created;
     mVolume = mLocation.GetVolume();
@@ -78,10 +72,7 @@ void Folder::DeleteOnDisk()
     mDirID = 0;
 }
 
-void Folder::DeleteContents()
-{
-    mLocation.DeleteContainerContents();
-}
+void Folder::DeleteContents() { mLocation.DeleteContainerContents(); }
 
 void Folder::Invalidate()
 {

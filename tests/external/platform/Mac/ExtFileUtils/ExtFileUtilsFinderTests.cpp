@@ -1,5 +1,5 @@
 // Finder information, flag changes and the parent folder's date.
-#include "ExtFileUtilsInternal.h"
+#include "ExtFileUtilsFinder.h"
 #include "ExtFileUtilsTesting.h"
 
 #include <cstring>

@@ -1,6 +1,6 @@
 // Queries about one item: parent, lock, forks, IDs, names and paths; the default folder;
 // temporary buffers.
-#include "ExtFileUtilsInternal.h"
+#include "ExtFileUtilsMemory.h"
 #include "ExtFileUtilsTesting.h"
 
 #include "ReadOnlyVolumes.h"

@@ -11,8 +11,8 @@ namespace Gx {
 // debugging behaves the same.
 namespace MenuDebugStr {
 void Display(ConstStringPtr inPStr, UInt32 inTicks);
-void Display(const char* inCStr, UInt32 inTicks);   // at most 255 characters are shown
-void Display(long inNumber, UInt32 inTicks);        // in decimal
+void Display(const char* inCStr, UInt32 inTicks);  // at most 255 characters are shown
+void Display(long inNumber, UInt32 inTicks);       // in decimal
 }  // namespace MenuDebugStr
 
 // Pascal strings: a length byte followed by at most 255 characters. Sizes count the length

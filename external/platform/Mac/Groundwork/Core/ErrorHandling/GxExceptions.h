@@ -9,12 +9,12 @@ namespace Gx {
 using ExceptionIDT = FourCharCode;
 
 // The identifiers every throw site chooses from.
-inline constexpr ExceptionIDT exceptionID_OSError = FourCC("oser");         // a system call failed
-inline constexpr ExceptionIDT exceptionID_NilReference = FourCC("cfnr");    // an empty wrapper was used
-inline constexpr ExceptionIDT exceptionID_CreateFailed = FourCC("cfcr");    // a create/copy call answered NULL
-inline constexpr ExceptionIDT exceptionID_StringTooLong = FourCC("cfsc");   // text does not fit its destination
-inline constexpr ExceptionIDT exceptionID_Runtime = FourCC("runt");         // a run-time limit was exceeded
-inline constexpr ExceptionIDT exceptionID_Logic = FourCC("logc");           // the caller broke a precondition
+inline constexpr ExceptionIDT exceptionID_OSError = FourCC("oser");        // a system call failed
+inline constexpr ExceptionIDT exceptionID_NilReference = FourCC("cfnr");   // an empty wrapper was used
+inline constexpr ExceptionIDT exceptionID_CreateFailed = FourCC("cfcr");   // a create/copy call answered NULL
+inline constexpr ExceptionIDT exceptionID_StringTooLong = FourCC("cfsc");  // text does not fit its destination
+inline constexpr ExceptionIDT exceptionID_Runtime = FourCC("runt");        // a run-time limit was exceeded
+inline constexpr ExceptionIDT exceptionID_Logic = FourCC("logc");          // the caller broke a precondition
 
 // Where a throw happened. Throw sites pass sourceLocation_Nothing; the record exists so that
 // a debugging hook could be given a real place without changing any signature.

@@ -140,10 +140,7 @@ private:
     }
 
     // The platform's value arrays are untyped; T is always a pointer type.
-    static const void** AsValues(const T* inValues)
-    {
-        return reinterpret_cast<const void**>(const_cast<T*>(inValues));
-    }
+    static const void** AsValues(const T* inValues) { return reinterpret_cast<const void**>(const_cast<T*>(inValues)); }
 };
 
 }  // namespace Gx

@@ -3,8 +3,9 @@
 namespace Gx {
 
 CFBundle::CFBundle(CFStringRef inBundleID)
-    : CFObject(CFUtils::CheckCreated(CFBundleGetBundleWithIdentifier(inBundleID), "CFBundleGetBundleWithIdentifier failed"),
-               true)
+    : CFObject(
+          CFUtils::CheckCreated(CFBundleGetBundleWithIdentifier(inBundleID), "CFBundleGetBundleWithIdentifier failed"),
+          true)
 {
 }
 

@@ -19,10 +19,10 @@ public:
                           const CFDictionaryValueCallBacks* inValueCallBacks = &kCFTypeDictionaryValueCallBacks,
                           CFAllocatorRef inAllocator = kCFAllocatorDefault)
     {
-        AttachMutableRef(CFUtils::CheckCreated(CFDictionaryCreateMutable(inAllocator, inCapacity, inKeyCallBacks,
-                                                                         inValueCallBacks),
-                                               "CFDictionaryCreateMutable failed"),
-                         false);
+        AttachMutableRef(
+            CFUtils::CheckCreated(CFDictionaryCreateMutable(inAllocator, inCapacity, inKeyCallBacks, inValueCallBacks),
+                                  "CFDictionaryCreateMutable failed"),
+            false);
     }
     // An immutable dictionary of the given pairs; the first change copies it.
     CFDictionary(const K* inKeys, const V* inValues, CFIndex inCount,

@@ -133,8 +133,7 @@ void CFString::Insert(CFIndex inIndex, CFStringRef inInserted)
 
 CFMutableStringRef CFString::MutableCopy(CFStringRef inRef) const
 {
-    return CheckCreated(CFStringCreateMutableCopy(CFGetAllocator(inRef), 0, inRef),
-                        "CFStringCreateMutableCopy failed");
+    return CheckCreated(CFStringCreateMutableCopy(CFGetAllocator(inRef), 0, inRef), "CFStringCreateMutableCopy failed");
 }
 
 namespace {

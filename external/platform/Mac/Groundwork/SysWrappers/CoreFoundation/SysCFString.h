@@ -110,7 +110,10 @@ public:
     {
         CFStringAppendPascalString(UseMutableRef(), inPString, inEncoding);
     }
-    void Append(const UniChar* inChars, CFIndex inCount) { CFStringAppendCharacters(UseMutableRef(), inChars, inCount); }
+    void Append(const UniChar* inChars, CFIndex inCount)
+    {
+        CFStringAppendCharacters(UseMutableRef(), inChars, inCount);
+    }
     void Append(CFStringRef inAppended) { CFStringAppend(UseMutableRef(), inAppended); }
 
 private:

@@ -23,9 +23,9 @@ CFURLRef CreateFromRepresentation(const UInt8* inPath, CFIndex inLength, bool in
     if (inBaseURL == nullptr)
         return CheckCreated(CFURLCreateFromFileSystemRepresentation(inAllocator, inPath, inLength, inIsDirectory),
                             "CFURLCreateFromFileSystemRepresentation failed");
-    return CheckCreated(CFURLCreateFromFileSystemRepresentationRelativeToBase(inAllocator, inPath, inLength,
-                                                                              inIsDirectory, inBaseURL),
-                        "CFURLCreateFromFileSystemRepresentationRelativeToBase failed");
+    return CheckCreated(
+        CFURLCreateFromFileSystemRepresentationRelativeToBase(inAllocator, inPath, inLength, inIsDirectory, inBaseURL),
+        "CFURLCreateFromFileSystemRepresentationRelativeToBase failed");
 }
 
 }  // namespace
@@ -55,8 +55,7 @@ CFURL::CFURL(CFStringRef inPath, bool inIsDirectory, CFURLRef inBaseURL, CFURLPa
 {
 }
 
-CFURL::CFURL(const UInt8* inPath, CFIndex inLength, bool inIsDirectory, CFURLRef inBaseURL,
-             CFAllocatorRef inAllocator)
+CFURL::CFURL(const UInt8* inPath, CFIndex inLength, bool inIsDirectory, CFURLRef inBaseURL, CFAllocatorRef inAllocator)
     : CFObject(CreateFromRepresentation(inPath, inLength, inIsDirectory, inBaseURL, inAllocator), false)
 {
 }

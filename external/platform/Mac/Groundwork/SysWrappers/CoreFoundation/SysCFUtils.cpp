@@ -56,9 +56,6 @@ void VerifyRange(CFIndex inCount, CFRange& ioRange)
         LogicError::Throw(exceptionID_Logic, "Invalid CFRange", sourceLocation_Nothing);
 }
 
-void ThrowNilReference()
-{
-    RuntimeError::Throw(exceptionID_NilReference, "Nil CF reference", sourceLocation_Nothing);
-}
+void ThrowNilReference() { RuntimeError::Throw(exceptionID_NilReference, "Nil CF reference", sourceLocation_Nothing); }
 
 }  // namespace Gx::CFUtils

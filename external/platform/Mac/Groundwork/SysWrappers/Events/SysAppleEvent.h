@@ -14,8 +14,8 @@ public:
     explicit SysAppleEvent(const AEDesc& inEvent);
     SysAppleEvent(const SysAppleEvent& inOther);
     // AECreateAppleEvent with exactly these values; OSError "AECreateAppleEvent failed".
-    SysAppleEvent(AEEventClass inEventClass, AEEventID inEventID, const AEAddressDesc& inTarget,
-                  AEReturnID inReturnID, AETransactionID inTransactionID);
+    SysAppleEvent(AEEventClass inEventClass, AEEventID inEventID, const AEAddressDesc& inTarget, AEReturnID inReturnID,
+                  AETransactionID inTransactionID);
     // The other's event is duplicated before this one is disposed of, so a failure leaves
     // this event as it was, and self-assignment is safe.
     SysAppleEvent& operator=(const SysAppleEvent& inOther);

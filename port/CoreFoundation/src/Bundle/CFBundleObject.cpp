@@ -1,6 +1,6 @@
 // Bundle objects: how they are made from a folder, kept unique per folder, and found again
 // by identifier.
-#include "BundleFiles.h"
+#include "CFBundleFiles.h"
 #include "CFBundleObject.h"
 
 #include <unordered_map>
@@ -64,8 +64,8 @@ private:
 
 Registry& Bundles()
 {
-    static auto* registry = new Registry;  // never destroyed: bundles may still go at exit
-    return *registry;
+    static auto* sRegistry = new Registry;  // never destroyed: bundles may still go at exit
+    return *sRegistry;
 }
 
 __CFBundle::Layout LayoutOf(const std::string& inPath)

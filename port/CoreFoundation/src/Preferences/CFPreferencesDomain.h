@@ -2,8 +2,8 @@
 // the file changes, under the changes this process made and has not written yet.
 #pragma once
 
-#include "PreferencesFile.h"
-#include "PreferencesLocations.h"
+#include "CFPreferencesFile.h"
+#include "CFPreferencesLocations.h"
 
 #include <map>
 #include <memory>

@@ -134,8 +134,8 @@ CFTypeID CFStringGetTypeID() { return cf::kTypeIDString; }
 
 CFStringRef CFSTR(const char* inCString)
 {
-    static auto* constants = new ConstantStrings;  // never destroyed: constants outlive every user
-    return constants->Get(inCString);
+    static auto* sConstants = new ConstantStrings;  // never destroyed: constants outlive every user
+    return sConstants->Get(inCString);
 }
 
 CFStringRef CFStringCreateWithBytes(CFAllocatorRef inAllocator, const UInt8* inBytes, CFIndex inNumBytes,

@@ -2,7 +2,7 @@
 // nodes turned into our values and back.
 #pragma once
 
-#include "PropertyListSupport.h"
+#include "CFPropertyListSupport.h"
 
 #include <plist/plist.h>
 

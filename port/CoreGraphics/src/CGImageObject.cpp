@@ -1,4 +1,5 @@
-// Image queries. Images are made by bitmap contexts, which copy their pixels into them.
+// The image object and its queries. Images are made by bitmap contexts, which copy their
+// pixels into them.
 #include "CGImageObject.h"
 
 #include <cstdio>
@@ -37,7 +38,10 @@ size_t CGImageGetHeight(CGImageRef inImage)
     return image ? image->mHeight : 0;
 }
 
-size_t CGImageGetBitsPerComponent(CGImageRef inImage) { return cg::Image(inImage, "CGImageGetBitsPerComponent") ? 8 : 0; }
+size_t CGImageGetBitsPerComponent(CGImageRef inImage)
+{
+    return cg::Image(inImage, "CGImageGetBitsPerComponent") ? 8 : 0;
+}
 
 size_t CGImageGetBitsPerPixel(CGImageRef inImage)
 {

@@ -1,4 +1,5 @@
-// Drawing into a bitmap context: filling rectangles and drawing images.
+// The context object as its callers hold it (retained, released), and drawing into a bitmap
+// context: filling rectangles and drawing images.
 #include "CGContextObject.h"
 #include "CGImageObject.h"
 

@@ -1,6 +1,6 @@
 // The run loop object: one per thread, and how its epoll instance and timer clock are kept
 // in line with the mode being watched.
-#include "CFRunLoopInternal.h"
+#include "CFRunLoopObject.h"
 
 #include <CoreFoundation/CFString.h>
 

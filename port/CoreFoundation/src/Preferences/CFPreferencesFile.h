@@ -2,7 +2,7 @@
 // it so that a crash at any moment leaves either the old or the new file, whole.
 #pragma once
 
-#include "PropertyList/PropertyListSupport.h"
+#include "PropertyList/CFPropertyListSupport.h"
 
 #include <sys/stat.h>
 

@@ -4,7 +4,8 @@
 
 std::string CGColorSpace::Describe() const
 {
-    return DescribePrefix() + (mModel == kCGColorSpaceModelRGB ? "{kCGColorSpaceDeviceRGB}" : "{kCGColorSpaceDeviceGray}");
+    return DescribePrefix() +
+           (mModel == kCGColorSpaceModelRGB ? "{kCGColorSpaceDeviceRGB}" : "{kCGColorSpaceDeviceGray}");
 }
 
 namespace cg {
@@ -24,7 +25,10 @@ CFTypeID CGColorSpaceGetTypeID()
 
 CGColorSpaceRef CGColorSpaceCreateDeviceRGB() { return cf::Create<CGColorSpace>(nullptr, kCGColorSpaceModelRGB); }
 
-CGColorSpaceRef CGColorSpaceCreateDeviceGray() { return cf::Create<CGColorSpace>(nullptr, kCGColorSpaceModelMonochrome); }
+CGColorSpaceRef CGColorSpaceCreateDeviceGray()
+{
+    return cf::Create<CGColorSpace>(nullptr, kCGColorSpaceModelMonochrome);
+}
 
 CGColorSpaceModel CGColorSpaceGetModel(CGColorSpaceRef inSpace)
 {
@@ -35,9 +39,12 @@ CGColorSpaceModel CGColorSpaceGetModel(CGColorSpaceRef inSpace)
 size_t CGColorSpaceGetNumberOfComponents(CGColorSpaceRef inSpace)
 {
     switch (CGColorSpaceGetModel(inSpace)) {
-    case kCGColorSpaceModelRGB: return 3;
-    case kCGColorSpaceModelMonochrome: return 1;
-    default: return 0;
+    case kCGColorSpaceModelRGB:
+        return 3;
+    case kCGColorSpaceModelMonochrome:
+        return 1;
+    default:
+        return 0;
     }
 }
 
