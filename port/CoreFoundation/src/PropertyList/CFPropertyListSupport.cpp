@@ -126,22 +126,29 @@ std::vector<CFTypeRef> Elements(CFArrayRef inArray)
     return elements;
 }
 
-std::vector<std::pair<CFTypeRef, CFTypeRef>> SortedEntries(CFDictionaryRef inDictionary)
+Entries SortedEntries(CFDictionaryRef inDictionary)
 {
-    auto count = std::size_t(CFDictionaryGetCount(inDictionary));
-    std::vector<const void*> keys(count), values(count);
-    CFDictionaryGetKeysAndValues(inDictionary, keys.data(), values.data());
-    std::vector<std::pair<CFTypeRef, CFTypeRef>> entries;
-    entries.reserve(count);
-    for (std::size_t i = 0; i < count; ++i)
-        entries.emplace_back(keys[i], values[i]);
-    bool allStrings = std::all_of(keys.begin(), keys.end(),
-                                  [](const void* inKey) { return CFGetTypeID(inKey) == CFStringGetTypeID(); });
+    Entries entries;
+    SortedEntries(inDictionary, entries);
+    return entries;
+}
+
+void SortedEntries(CFDictionaryRef inDictionary, Entries& outEntries)
+{
+    outEntries.clear();
+    outEntries.reserve(std::size_t(CFDictionaryGetCount(inDictionary)));
+    CFDictionaryApplyFunction(
+        inDictionary,
+        [](const void* inKey, const void* inValue, void* ioEntries) {
+            static_cast<Entries*>(ioEntries)->emplace_back(inKey, inValue);
+        },
+        &outEntries);
+    bool allStrings = std::all_of(outEntries.begin(), outEntries.end(),
+                                  [](const auto& inEntry) { return CFGetTypeID(inEntry.first) == CFStringGetTypeID(); });
     if (allStrings)
-        std::sort(entries.begin(), entries.end(), [](const auto& inLeft, const auto& inRight) {
+        std::sort(outEntries.begin(), outEntries.end(), [](const auto& inLeft, const auto& inRight) {
             return CFStringCompare(CFStringRef(inLeft.first), CFStringRef(inRight.first), 0) == kCFCompareLessThan;
         });
-    return entries;
 }
 
 std::u16string Units(CFStringRef inString)
