@@ -7,6 +7,7 @@
 #include <CoreFoundation/CFString.h>
 
 #include <algorithm>
+#include <array>
 
 namespace cf::plist {
 
@@ -63,10 +64,11 @@ CFTypeRef MakeData(CFAllocatorRef inAllocator, std::span<const UInt8> inBytes, C
 
 namespace {
 
+constexpr std::size_t kPairwiseLimit = 16;
+
 // Whether no key repeats; a dictionary's few keys are compared pairwise.
 bool UniqueKeys(std::span<const OwnedValue> inKeys)
 {
-    constexpr std::size_t kPairwiseLimit = 16;
     if (inKeys.size() > kPairwiseLimit)
         return false;
     for (std::size_t i = 0; i < inKeys.size(); ++i)
@@ -99,8 +101,8 @@ CFTypeRef MakeDictionary(CFAllocatorRef inAllocator, std::span<const OwnedValue>
     std::size_t count = std::min(inKeys.size(), inValues.size());
     if (!MutableContainers(inOptions) && UniqueKeys(inKeys.first(count))) {
         // Made at once: filling a mutable dictionary and copying it costs twice as much, which
-        // shows in lists of many small dictionaries.
-        std::vector<const void*> keys(count), values(count);
+        // shows in lists of many small dictionaries; for the same reason without a heap block.
+        std::array<const void*, kPairwiseLimit> keys, values;
         for (std::size_t i = 0; i < count; ++i) {
             keys[i] = inKeys[i].Get();
             values[i] = inValues[i].Get();
