@@ -83,9 +83,9 @@ public:
         DateFields fields{};
         switch (KindOf(inValue)) {
         case Kind::String:
-            return Fail(StringProblem(CFStringRef(inValue)));
+            return Check(StringProblem(CFStringRef(inValue)));
         case Kind::Date:
-            return Fail(DateProblem(CFDateGetAbsoluteTime(CFDateRef(inValue)), fields));
+            return Check(DateProblem(CFDateGetAbsoluteTime(CFDateRef(inValue)), fields));
         case Kind::Number:
         case Kind::Boolean:
         case Kind::Data:
@@ -106,13 +106,15 @@ public:
     }
 
 private:
-    // True when there is no problem.
-    bool Fail(const char* inProblem)
+    bool Fail(const char* inReason)
     {
-        if (inProblem && mError.empty())
-            mError = inProblem;
-        return inProblem == nullptr;
+        if (mError.empty())
+            mError = inReason;
+        return false;
     }
+
+    // True when there is no problem; otherwise notes it.
+    bool Check(const char* inProblem) { return inProblem == nullptr || Fail(inProblem); }
 
     bool Dictionary(CFDictionaryRef inDictionary, int inDepth)
     {
@@ -130,7 +132,7 @@ private:
                 if (KindOf(inKey) != Kind::String)
                     walk.sound = walk.checker.Fail("a dictionary has a key that is not a string");
                 else
-                    walk.sound = walk.checker.Fail(StringProblem(CFStringRef(inKey))) &&
+                    walk.sound = walk.checker.Check(StringProblem(CFStringRef(inKey))) &&
                                  walk.checker.Value(inValue, walk.depth);
             },
             &walk);
