@@ -56,6 +56,9 @@ public:
     virtual CFHashCode Hash() const;
     // The UTF-8 text that CFCopyDescription answers.
     virtual std::string Describe() const;
+    // Whether what the object holds can no longer change: it is not mutable, and it keeps alive
+    // every object it refers to. Such an object may be handed out where a copy is asked for.
+    virtual bool IsFixed() const { return true; }
 
 protected:
     constexpr explicit Object(CFTypeID inTypeID, Lifetime inLifetime = Lifetime::Counted)

@@ -22,6 +22,8 @@ struct __CFArray final : cf::Object {
     CFIndex mCapacity;  // the most values the array may hold; 0 for no limit
     bool mMutable;
 
+    bool IsFixed() const override { return !mMutable && mCallBacks.retain != nullptr; }
+
     std::span<const void*> Values(CFRange inRange) const
     {
         return {mValues.Data() + inRange.location, std::size_t(inRange.length)};

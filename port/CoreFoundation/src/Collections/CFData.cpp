@@ -55,6 +55,8 @@ struct __CFData final : cf::Object {
     ForeignBytes mForeign;
     CFIndex mForeignLength = 0;
 
+    bool IsFixed() const override { return !mMutable; }
+
     __CFData(Kind inKind, CFIndex inCapacity, std::span<const UInt8> inBytes)
         : Object(cf::kTypeIDData), mMutable(inKind == Kind::Mutable), mCapacity(inCapacity),
           mOwned(inBytes.begin(), inBytes.end())

@@ -28,6 +28,11 @@ struct __CFDictionary final : cf::Object {
     CFIndex mCapacity;  // the most pairs the dictionary may hold; 0 for no limit
     bool mMutable;
 
+    bool IsFixed() const override
+    {
+        return !mMutable && mKeyCallBacks.retain != nullptr && mValueCallBacks.retain != nullptr;
+    }
+
     CFIndex Count() const { return mTable.Count(); }
 
     std::size_t Find(CFHashCode inHash, const void* inKey) const

@@ -77,15 +77,15 @@ bool BooleanFromString(CFStringRef inString, Boolean& outValue)
     return yes || no;
 }
 
-// The domain keeps an immutable copy, so the caller may go on changing its own value. The
-// value is written out once here so that one the file could not hold is refused now, alone,
-// rather than failing every later write of the domain.
+// The domain keeps an immutable copy, so the caller may go on changing its own value; the
+// parts of it that cannot change are shared, not copied. A value the file could not hold is
+// refused now, alone, rather than failing every later write of the domain.
 void SetIn(const DomainLocation& inLocation, const std::string& inKey, CFPropertyListRef inValue)
 {
     cf::plist::OwnedValue copy;
     if (inValue) {
-        std::string bytes, reason;
-        if (cf::plist::WriteXML(inValue, bytes, reason))
+        std::string reason;
+        if (cf::plist::CheckXMLWritable(inValue, reason))
             copy.Reset(CFPropertyListCreateDeepCopy(nullptr, inValue, kCFPropertyListImmutable));
         if (!copy) {
             std::fprintf(stderr, "Preferences: the value for \"%s\" was not stored: %s.\n", inKey.c_str(),

@@ -95,10 +95,53 @@ bool IsValid(CFPropertyListRef inValue, CFPropertyListFormat inFormat, int inDep
     return false;
 }
 
+// Whether a value can be its own immutable copy: a property-list value in the memory the copy
+// is asked for, and nothing in it can change. Lists read from files are fixed all through, and
+// sharing them spares remaking every element of a long list each time it is stored again.
+bool FixedThroughout(CFAllocatorRef inAllocator, CFPropertyListRef inValue, int inDepth)
+{
+    const cf::Object& object = cf::Validate(inValue, "CFPropertyListCreateDeepCopy");
+    bool local = inAllocator == nullptr || inAllocator == object.Allocator() || object.IsStatic();
+    if (inDepth > kMaxDepth || !local || !object.IsFixed())
+        return false;
+    switch (KindOf(inValue)) {
+    case Kind::Array: {
+        auto array = CFArrayRef(inValue);
+        for (CFIndex i = 0, count = CFArrayGetCount(array); i < count; ++i)
+            if (!FixedThroughout(inAllocator, CFArrayGetValueAtIndex(array, i), inDepth + 1))
+                return false;
+        return true;
+    }
+    case Kind::Dictionary: {
+        struct Walk {
+            CFAllocatorRef allocator;
+            int depth;
+            bool fixed = true;
+        } walk{inAllocator, inDepth + 1};
+        CFDictionaryApplyFunction(
+            CFDictionaryRef(inValue),
+            [](const void* inKey, const void* inEntry, void* ioWalk) {
+                auto& walk = *static_cast<Walk*>(ioWalk);
+                walk.fixed = walk.fixed && KindOf(inKey) == Kind::String &&
+                             FixedThroughout(walk.allocator, inKey, walk.depth) &&
+                             FixedThroughout(walk.allocator, inEntry, walk.depth);
+            },
+            &walk);
+        return walk.fixed;
+    }
+    case Kind::Other:
+        return false;
+    default:
+        return true;
+    }
+}
+
 OwnedValue DeepCopy(CFAllocatorRef inAllocator, CFPropertyListRef inValue, CFOptionFlags inOptions, int inDepth)
 {
     if (inDepth > kMaxDepth)
         return OwnedValue();
+    if (inOptions == kCFPropertyListImmutable && FixedThroughout(inAllocator, inValue, inDepth))
+        return OwnedValue(CFRetain(inValue));
     switch (KindOf(inValue)) {
     // An immutable copy of an immutable string or data is the object itself, which saves
     // remaking every string of a long list.

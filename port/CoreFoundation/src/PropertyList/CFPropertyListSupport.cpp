@@ -7,6 +7,7 @@
 #include <CoreFoundation/CFString.h>
 
 #include <algorithm>
+#include <array>
 
 namespace cf::plist {
 
@@ -63,10 +64,11 @@ CFTypeRef MakeData(CFAllocatorRef inAllocator, std::span<const UInt8> inBytes, C
 
 namespace {
 
+constexpr std::size_t kPairwiseLimit = 16;
+
 // Whether no key repeats; a dictionary's few keys are compared pairwise.
 bool UniqueKeys(std::span<const OwnedValue> inKeys)
 {
-    constexpr std::size_t kPairwiseLimit = 16;
     if (inKeys.size() > kPairwiseLimit)
         return false;
     for (std::size_t i = 0; i < inKeys.size(); ++i)
@@ -99,8 +101,8 @@ CFTypeRef MakeDictionary(CFAllocatorRef inAllocator, std::span<const OwnedValue>
     std::size_t count = std::min(inKeys.size(), inValues.size());
     if (!MutableContainers(inOptions) && UniqueKeys(inKeys.first(count))) {
         // Made at once: filling a mutable dictionary and copying it costs twice as much, which
-        // shows in lists of many small dictionaries.
-        std::vector<const void*> keys(count), values(count);
+        // shows in lists of many small dictionaries; for the same reason without a heap block.
+        std::array<const void*, kPairwiseLimit> keys, values;
         for (std::size_t i = 0; i < count; ++i) {
             keys[i] = inKeys[i].Get();
             values[i] = inValues[i].Get();
@@ -126,22 +128,29 @@ std::vector<CFTypeRef> Elements(CFArrayRef inArray)
     return elements;
 }
 
-std::vector<std::pair<CFTypeRef, CFTypeRef>> SortedEntries(CFDictionaryRef inDictionary)
+Entries SortedEntries(CFDictionaryRef inDictionary)
 {
-    auto count = std::size_t(CFDictionaryGetCount(inDictionary));
-    std::vector<const void*> keys(count), values(count);
-    CFDictionaryGetKeysAndValues(inDictionary, keys.data(), values.data());
-    std::vector<std::pair<CFTypeRef, CFTypeRef>> entries;
-    entries.reserve(count);
-    for (std::size_t i = 0; i < count; ++i)
-        entries.emplace_back(keys[i], values[i]);
-    bool allStrings = std::all_of(keys.begin(), keys.end(),
-                                  [](const void* inKey) { return CFGetTypeID(inKey) == CFStringGetTypeID(); });
+    Entries entries;
+    SortedEntries(inDictionary, entries);
+    return entries;
+}
+
+void SortedEntries(CFDictionaryRef inDictionary, Entries& outEntries)
+{
+    outEntries.clear();
+    outEntries.reserve(std::size_t(CFDictionaryGetCount(inDictionary)));
+    CFDictionaryApplyFunction(
+        inDictionary,
+        [](const void* inKey, const void* inValue, void* ioEntries) {
+            static_cast<Entries*>(ioEntries)->emplace_back(inKey, inValue);
+        },
+        &outEntries);
+    bool allStrings = std::all_of(outEntries.begin(), outEntries.end(),
+                                  [](const auto& inEntry) { return CFGetTypeID(inEntry.first) == CFStringGetTypeID(); });
     if (allStrings)
-        std::sort(entries.begin(), entries.end(), [](const auto& inLeft, const auto& inRight) {
+        std::sort(outEntries.begin(), outEntries.end(), [](const auto& inLeft, const auto& inRight) {
             return CFStringCompare(CFStringRef(inLeft.first), CFStringRef(inRight.first), 0) == kCFCompareLessThan;
         });
-    return entries;
 }
 
 std::u16string Units(CFStringRef inString)

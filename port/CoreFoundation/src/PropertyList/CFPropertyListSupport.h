@@ -37,7 +37,10 @@ CFTypeRef MakeDictionary(CFAllocatorRef inAllocator, std::span<const OwnedValue>
 std::vector<CFTypeRef> Elements(CFArrayRef inArray);
 // The entries of a dictionary, ordered by key when every key is a string, so that what is
 // written from the same dictionary is always the same.
-std::vector<std::pair<CFTypeRef, CFTypeRef>> SortedEntries(CFDictionaryRef inDictionary);
+using Entries = std::vector<std::pair<CFTypeRef, CFTypeRef>>;
+Entries SortedEntries(CFDictionaryRef inDictionary);
+// The same into outEntries, whose memory a walk over many dictionaries can use again.
+void SortedEntries(CFDictionaryRef inDictionary, Entries& outEntries);
 
 // The UTF-16 units of a string.
 std::u16string Units(CFStringRef inString);

@@ -14,6 +14,7 @@
 #include <cstdint>
 #include <limits>
 #include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -350,9 +351,34 @@ private:
         return {};
     }
 
+    // The values of the containers open at one depth. Kept from one container to the next, so
+    // that a list of many small dictionaries does not allocate for each of them.
+    struct Level {
+        std::vector<OwnedValue> keys, values;
+
+        // Empties the level when the container's value is made (or reading fails).
+        struct Clearing {
+            Level& level;
+            ~Clearing()
+            {
+                level.keys.clear();
+                level.values.clear();
+            }
+        };
+    };
+
+    Level& LevelAt(int inDepth)
+    {
+        while (mLevels.size() <= std::size_t(inDepth))
+            mLevels.push_back(std::make_unique<Level>());
+        return *mLevels[std::size_t(inDepth)];
+    }
+
     OwnedValue ArrayContent(int inDepth)
     {
-        std::vector<OwnedValue> elements;
+        Level& level = LevelAt(inDepth);
+        Level::Clearing clearing{level};
+        std::vector<OwnedValue>& elements = level.values;
         for (;;) {
             if (!SkipMisc())
                 return {};
@@ -366,7 +392,10 @@ private:
 
     OwnedValue DictionaryContent(int inDepth)
     {
-        std::vector<OwnedValue> keys, values;
+        Level& level = LevelAt(inDepth);
+        Level::Clearing clearing{level};
+        std::vector<OwnedValue>& keys = level.keys;
+        std::vector<OwnedValue>& values = level.values;
         for (;;) {
             if (!SkipMisc())
                 return {};
@@ -412,6 +441,7 @@ private:
     std::string mBytes;      // the text being read, references resolved
     std::u16string mUnits;   // the same, decoded
     std::map<std::string, OwnedValue, std::less<>> mKeys;
+    std::vector<std::unique_ptr<Level>> mLevels;  // by depth; stable while deeper ones are added
 };
 
 }  // namespace

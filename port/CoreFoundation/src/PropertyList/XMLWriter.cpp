@@ -14,6 +14,7 @@
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
+#include <vector>
 
 namespace cf::plist {
 
@@ -25,6 +26,121 @@ constexpr std::string_view kHeader =
     "<plist version=\"1.0\">\n";
 
 constexpr char kBase64Digits[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+
+constexpr const char* kLoneSurrogate = "a string holds a lone surrogate, which has no UTF-8 form";
+constexpr const char* kZeroCharacter = "a string holds a zero character, which the XML form cannot carry";
+
+bool IsLead(char32_t inUnit) { return inUnit >= 0xD800 && inUnit <= 0xDBFF; }
+bool IsTrail(char32_t inUnit) { return inUnit >= 0xDC00 && inUnit <= 0xDFFF; }
+
+// Characters written as they are, one byte each: the common case, taken in bulk.
+bool IsPlain(char16_t inUnit) { return inUnit >= 0x20 && inUnit < 0x80 && inUnit != '<' && inUnit != '>' && inUnit != '&'; }
+
+// Why the string cannot be written, or nullptr.
+const char* StringProblem(CFStringRef inString)
+{
+    const UniChar* units = CFStringGetCharactersPtr(inString);
+    std::size_t count = std::size_t(CFStringGetLength(inString));
+    for (std::size_t i = 0; i < count; ++i) {
+        if (units[i] == 0)
+            return kZeroCharacter;
+        if (IsLead(units[i]) && i + 1 < count && IsTrail(units[i + 1]))
+            ++i;
+        else if (IsLead(units[i]) || IsTrail(units[i]))
+            return kLoneSurrogate;
+    }
+    return nullptr;
+}
+
+struct DateFields {
+    CivilDate date;
+    int64_t secondOfDay;
+};
+
+// To the second, as the XML form holds dates; nullptr, or why the date cannot be written.
+const char* DateProblem(CFAbsoluteTime inTime, DateFields& outFields)
+{
+    double seconds = std::floor(inTime) + double(kSecondsFrom1970To2001);
+    if (!(std::fabs(seconds) < 1e15))
+        return "a date lies too far from today to be written";
+    auto whole = int64_t(seconds);
+    int64_t days = whole / 86400 - (whole % 86400 < 0 ? 1 : 0);
+    outFields = {CivilFromDays(days), whole - days * 86400};
+    if (outFields.date.year < 0 || outFields.date.year > 9999)
+        return "a date lies outside the years 0 to 9999, which the XML form can hold";
+    return nullptr;
+}
+
+// Whether the tree can be written, walking it without writing.
+class Checker {
+public:
+    explicit Checker(std::string& outError) : mError(outError) {}
+
+    bool Value(CFTypeRef inValue, int inDepth)
+    {
+        if (inDepth > kMaxDepth)
+            return Fail("the property list is nested too deeply (or contains itself)");
+        DateFields fields{};
+        switch (KindOf(inValue)) {
+        case Kind::String:
+            return Check(StringProblem(CFStringRef(inValue)));
+        case Kind::Date:
+            return Check(DateProblem(CFDateGetAbsoluteTime(CFDateRef(inValue)), fields));
+        case Kind::Number:
+        case Kind::Boolean:
+        case Kind::Data:
+            return true;
+        case Kind::Array: {
+            auto array = CFArrayRef(inValue);
+            for (CFIndex i = 0, count = CFArrayGetCount(array); i < count; ++i)
+                if (!Value(CFArrayGetValueAtIndex(array, i), inDepth + 1))
+                    return false;
+            return true;
+        }
+        case Kind::Dictionary:
+            return Dictionary(CFDictionaryRef(inValue), inDepth);
+        case Kind::Other:
+            break;
+        }
+        return Fail("the tree holds an object that is not a property-list value");
+    }
+
+private:
+    bool Fail(const char* inReason)
+    {
+        if (mError.empty())
+            mError = inReason;
+        return false;
+    }
+
+    // True when there is no problem; otherwise notes it.
+    bool Check(const char* inProblem) { return inProblem == nullptr || Fail(inProblem); }
+
+    bool Dictionary(CFDictionaryRef inDictionary, int inDepth)
+    {
+        struct Walk {
+            Checker& checker;
+            int depth;
+            bool sound = true;
+        } walk{*this, inDepth + 1};
+        CFDictionaryApplyFunction(
+            inDictionary,
+            [](const void* inKey, const void* inValue, void* ioWalk) {
+                auto& walk = *static_cast<Walk*>(ioWalk);
+                if (!walk.sound)
+                    return;
+                if (KindOf(inKey) != Kind::String)
+                    walk.sound = walk.checker.Fail("a dictionary has a key that is not a string");
+                else
+                    walk.sound = walk.checker.Check(StringProblem(CFStringRef(inKey))) &&
+                                 walk.checker.Value(inValue, walk.depth);
+            },
+            &walk);
+        return walk.sound;
+    }
+
+    std::string& mError;
+};
 
 class Writer {
 public:
@@ -66,50 +182,73 @@ private:
         return false;
     }
 
-    void Code(char32_t inCode)
+    // One character, escaped where needed, as UTF-8 at outBytes; answers how many bytes.
+    static std::size_t Encoded(char32_t inCode, char* outBytes)
     {
-        if (inCode < 0x80) {
-            mOut += char(inCode);
-        } else if (inCode < 0x800) {
-            mOut += char(0xC0 | (inCode >> 6));
-            mOut += char(0x80 | (inCode & 0x3F));
-        } else if (inCode < 0x10000) {
-            mOut += char(0xE0 | (inCode >> 12));
-            mOut += char(0x80 | ((inCode >> 6) & 0x3F));
-            mOut += char(0x80 | (inCode & 0x3F));
-        } else {
-            mOut += char(0xF0 | (inCode >> 18));
-            mOut += char(0x80 | ((inCode >> 12) & 0x3F));
-            mOut += char(0x80 | ((inCode >> 6) & 0x3F));
-            mOut += char(0x80 | (inCode & 0x3F));
+        switch (inCode) {
+        case '<':
+            return Copy("&lt;", outBytes);
+        case '>':
+            return Copy("&gt;", outBytes);
+        case '&':
+            return Copy("&amp;", outBytes);
         }
+        // Control characters are written as references, since XML readers would drop or
+        // refuse them raw, and a carriage return would become a line feed.
+        if (inCode < 0x20 && inCode != '\t' && inCode != '\n')
+            return std::size_t(std::snprintf(outBytes, kLongestEncoding + 1, "&#%u;", unsigned(inCode)));
+        std::size_t length = 0;
+        if (inCode < 0x80) {
+            outBytes[length++] = char(inCode);
+        } else if (inCode < 0x800) {
+            outBytes[length++] = char(0xC0 | (inCode >> 6));
+            outBytes[length++] = char(0x80 | (inCode & 0x3F));
+        } else if (inCode < 0x10000) {
+            outBytes[length++] = char(0xE0 | (inCode >> 12));
+            outBytes[length++] = char(0x80 | ((inCode >> 6) & 0x3F));
+            outBytes[length++] = char(0x80 | (inCode & 0x3F));
+        } else {
+            outBytes[length++] = char(0xF0 | (inCode >> 18));
+            outBytes[length++] = char(0x80 | ((inCode >> 12) & 0x3F));
+            outBytes[length++] = char(0x80 | ((inCode >> 6) & 0x3F));
+            outBytes[length++] = char(0x80 | (inCode & 0x3F));
+        }
+        return length;
     }
 
-    // The string as escaped UTF-8. Control characters are written as references, since XML
-    // readers would drop or refuse them raw, and a carriage return would become a line feed.
+    static std::size_t Copy(std::string_view inText, char* outBytes)
+    {
+        inText.copy(outBytes, inText.size());
+        return inText.size();
+    }
+
+    // The string as escaped UTF-8, gathered in a local buffer: appending to the output one
+    // byte at a time costs more than everything else the writer does.
     bool Escaped(CFStringRef inString)
     {
         const UniChar* units = CFStringGetCharactersPtr(inString);
         std::size_t count = std::size_t(CFStringGetLength(inString));
+        char buffer[1024];
+        std::size_t used = 0;
         for (std::size_t i = 0; i < count; ++i) {
+            if (used + kLongestEncoding > sizeof buffer) {
+                mOut.append(buffer, used);
+                used = 0;
+            }
+            if (IsPlain(units[i])) {
+                buffer[used++] = char(units[i]);
+                continue;
+            }
             char32_t code = units[i];
-            if (code >= 0xD800 && code <= 0xDBFF && i + 1 < count && units[i + 1] >= 0xDC00 && units[i + 1] <= 0xDFFF)
+            if (IsLead(code) && i + 1 < count && IsTrail(units[i + 1]))
                 code = 0x10000 + ((code - 0xD800) << 10) + (units[++i] - 0xDC00);
-            else if (code >= 0xD800 && code <= 0xDFFF)
-                return Fail("a string holds a lone surrogate, which has no UTF-8 form");
+            else if (IsLead(code) || IsTrail(code))
+                return Fail(kLoneSurrogate);
             if (code == 0)
-                return Fail("a string holds a zero character, which the XML form cannot carry");
-            if (code == '<')
-                mOut += "&lt;";
-            else if (code == '>')
-                mOut += "&gt;";
-            else if (code == '&')
-                mOut += "&amp;";
-            else if (code < 0x20 && code != '\t' && code != '\n')
-                mOut += "&#" + std::to_string(unsigned(code)) + ";";
-            else
-                Code(code);
+                return Fail(kZeroCharacter);
+            used += Encoded(code, buffer + used);
         }
+        mOut.append(buffer, used);
         return true;
     }
 
@@ -146,21 +285,15 @@ private:
         return true;
     }
 
-    // To the second, as the XML form holds dates.
     bool Date(CFAbsoluteTime inTime)
     {
-        double seconds = std::floor(inTime) + double(kSecondsFrom1970To2001);
-        if (!(std::fabs(seconds) < 1e15))
-            return Fail("a date lies too far from today to be written");
-        auto whole = int64_t(seconds);
-        int64_t days = whole / 86400 - (whole % 86400 < 0 ? 1 : 0);
-        int64_t inDay = whole - days * 86400;
-        CivilDate date = CivilFromDays(days);
-        if (date.year < 0 || date.year > 9999)
-            return Fail("a date lies outside the years 0 to 9999, which the XML form can hold");
+        DateFields fields{};
+        if (const char* problem = DateProblem(inTime, fields))
+            return Fail(problem);
         char text[64];
-        std::snprintf(text, sizeof text, "<date>%04d-%02d-%02dT%02d:%02d:%02dZ</date>\n", int(date.year), date.month,
-                      date.day, int(inDay / 3600), int(inDay / 60 % 60), int(inDay % 60));
+        std::snprintf(text, sizeof text, "<date>%04d-%02d-%02dT%02d:%02d:%02dZ</date>\n", int(fields.date.year),
+                      fields.date.month, fields.date.day, int(fields.secondOfDay / 3600),
+                      int(fields.secondOfDay / 60 % 60), int(fields.secondOfDay % 60));
         mOut += text;
         return true;
     }
@@ -209,7 +342,10 @@ private:
 
     bool Dictionary(CFDictionaryRef inDictionary, int inDepth)
     {
-        auto entries = SortedEntries(inDictionary);
+        if (mEntries.size() <= std::size_t(inDepth))
+            mEntries.resize(std::size_t(inDepth) + 1);
+        Entries& entries = mEntries[std::size_t(inDepth)];
+        SortedEntries(inDictionary, entries);
         if (entries.empty()) {
             mOut += "<dict/>\n";
             return true;
@@ -226,8 +362,12 @@ private:
         return true;
     }
 
+    // The longest one character becomes: a character reference such as "&#31;".
+    static constexpr std::size_t kLongestEncoding = 8;
+
     std::string& mOut;
     std::string& mError;
+    std::vector<Entries> mEntries;  // per depth, reused by every dictionary at that depth
 };
 
 }  // namespace
@@ -239,6 +379,11 @@ bool WriteXML(CFPropertyListRef inValue, std::string& outBytes, std::string& out
         return false;
     outBytes += "</plist>\n";
     return true;
+}
+
+bool CheckXMLWritable(CFPropertyListRef inValue, std::string& outError)
+{
+    return Checker(outError).Value(inValue, 0);
 }
 
 }  // namespace cf::plist

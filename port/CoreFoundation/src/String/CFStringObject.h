@@ -47,6 +47,7 @@ struct __CFString final : cf::Object {
     bool Equal(const Object& inOther) const override;
     CFHashCode Hash() const override;
     std::string Describe() const override;
+    bool IsFixed() const override { return !mMutable; }
 
     std::u16string_view View() const { return mText; }
 

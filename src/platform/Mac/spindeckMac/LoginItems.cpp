@@ -9,6 +9,11 @@
 #include <CoreFoundation/CFNumber.h>
 #include <CoreFoundation/CFPreferences.h>
 
+#include <algorithm>
+#include <optional>
+#include <string>
+#include <string_view>
+
 namespace {
 
 using ItemList = Gx::CFArray<CFDictionaryRef>;
@@ -48,14 +53,54 @@ void StoreItems(const ItemList& inItems)
     CFPreferencesSynchronize(LoginWindowDomain(), kCFPreferencesCurrentUser, kCFPreferencesAnyHost);
 }
 
+char FoldASCII(char16_t inUnit) { return char(inUnit >= 'A' && inUnit <= 'Z' ? inUnit + ('a' - 'A') : inUnit); }
+
+// The helper's name prepared for ruling entries out before their URL is made, which costs
+// far more than the rest of the walk: in ASCII lower case, or none when it is not ASCII.
+struct NameFilter {
+    std::optional<std::string> folded;
+
+    explicit NameFilter(CFStringRef inName)
+    {
+        if (inName == nullptr)
+            return;
+        std::string name(std::size_t(CFStringGetLength(inName)), '\0');
+        for (std::size_t i = 0; i < name.size(); ++i) {
+            UniChar unit = CFStringGetCharacterAtIndex(inName, CFIndex(i));
+            if (unit >= 0x80)
+                return;
+            name[i] = FoldASCII(unit);
+        }
+        folded = std::move(name);
+    }
+
+    // Whether the entry's stored path cannot name the helper. A URL made from an absolute
+    // path takes its last component from that path, so a path without the name anywhere has
+    // none in its last component either. Between ASCII texts the named comparison matches
+    // only what ASCII case folding matches (other languages' rules only tell more letters
+    // apart), so the test is exact for them; other texts are left to the full comparison.
+    bool RulesOut(CFStringRef inPath) const
+    {
+        const UniChar* units = folded ? CFStringGetCharactersPtr(inPath) : nullptr;
+        if (units == nullptr)
+            return false;
+        std::u16string_view path(reinterpret_cast<const char16_t*>(units), std::size_t(CFStringGetLength(inPath)));
+        if (!path.starts_with(u'/') || std::any_of(path.begin(), path.end(), [](char16_t inUnit) { return inUnit >= 0x80; }))
+            return false;
+        auto same = [](char16_t inUnit, char inFolded) { return FoldASCII(inUnit) == inFolded; };
+        return std::search(path.begin(), path.end(), folded->begin(), folded->end(), same) == path.end();
+    }
+};
+
 // The file an entry names, or an empty wrapper for one that names none (no "Path", or a
-// path no URL can be made of); such entries are never matched and never removed.
-Gx::CFURL EntryURL(CFDictionaryRef inEntry)
+// path no URL can be made of), or whose name inFilter rules out; such entries are never
+// matched and never removed.
+Gx::CFURL EntryURL(CFDictionaryRef inEntry, const NameFilter& inFilter)
 {
     if (CFGetTypeID(inEntry) != CFDictionaryGetTypeID())
         return {};
     CFTypeRef path = CFDictionaryGetValue(inEntry, PathKey());
-    if (path == nullptr || CFGetTypeID(path) != CFStringGetTypeID())
+    if (path == nullptr || CFGetTypeID(path) != CFStringGetTypeID() || inFilter.RulesOut(static_cast<CFStringRef>(path)))
         return {};
     return Gx::CFURL(CFURLCreateWithFileSystemPath(kCFAllocatorDefault, static_cast<CFStringRef>(path),
                                                    kCFURLPOSIXPathStyle, false),
@@ -106,8 +151,9 @@ Outcome EditEntries(ItemList& ioItems, CFStringRef inOwnPath, CFStringRef inOldV
                     UpdateLoginItemsAction inAction)
 {
     Outcome outcome;
+    const NameFilter filter(inOldVariation);
     for (CFIndex index = ioItems.GetCount() - 1; index >= 0; --index) {
-        Gx::CFURL url = EntryURL(ioItems.GetValueAt(index));
+        Gx::CFURL url = EntryURL(ioItems.GetValueAt(index), filter);
         if (!url.IsValid() || (inOldVariation != nullptr && !NameContains(url, inOldVariation)))
             continue;
         if (SamePath(url, inOwnPath)) {

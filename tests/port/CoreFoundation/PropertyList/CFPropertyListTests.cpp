@@ -339,6 +339,16 @@ TEST(CFPropertyListMutability, OptionsDecideWhatMayChange)
     CFStringAppend((CFMutableStringRef)Lookup(copy, "name").get(), extra.as<CFStringRef>());
     EXPECT_EQ(Dump(containers.get()), R"({s"!":s"!",s"list":[s"a",s"!"],s"name":s"x"})");
 
+    // An immutable copy shares what can no longer change, and nothing that still can, however
+    // deep it sits in containers that cannot.
+    EXPECT_EQ(Ref(CFPropertyListCreateDeepCopy(nullptr, fixed.get(), kCFPropertyListImmutable)).get(), fixed.get());
+    Ref holdsMutable = ArrayOf({ArrayOf({Lookup(leaves, "name").get()}).get(), fixed.get()});
+    Ref frozen(CFPropertyListCreateDeepCopy(nullptr, holdsMutable.get(), kCFPropertyListImmutable));
+    ASSERT_TRUE(frozen);
+    EXPECT_EQ(CFArrayGetValueAtIndex(frozen.as<CFArrayRef>(), 1), fixed.get());
+    CFStringAppend((CFMutableStringRef)Lookup(leaves, "name").get(), extra.as<CFStringRef>());
+    EXPECT_EQ(Dump(frozen.get()), R"([[s"x!"],{s"list":[s"a"],s"name":s"x"}])");
+
     // The older calls: XML out, any form in, a reason for damaged data.
     Ref xml(CFPropertyListCreateXMLData(nullptr, copy.get()));
     Ref back(CFPropertyListCreateFromXMLData(nullptr, xml.as<CFDataRef>(), kCFPropertyListImmutable, nullptr));

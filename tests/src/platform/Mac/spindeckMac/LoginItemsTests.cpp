@@ -22,6 +22,9 @@ const std::string kOwn = "/Applications/Vemora spindeck.app/Contents/MacOS/Vemor
 const std::string kOwnUpper = "/Applications/Vemora spindeck.app/Contents/MacOS/VEMORA SPINDECK HELPER.app";
 const std::string kOld = "/Applications/Old/vemora Spindeck Helper 1.0.app";
 const std::string kUnrelated = "/Applications/Other.app";
+// Kept in JSON's escaped form, as the file is read back.
+const std::string kOldNonASCII = R"(/Programme/\u00c4ltere/VEMORA spindeck helper.app)";
+const std::string kInNamedFolder = "/Applications/Vemora spindeck Helper/Other.app";
 
 std::string Entry(const std::string& inPath) { return R"({"Hide": false, "Path": ")" + inPath + "\"}"; }
 
@@ -124,6 +127,9 @@ TEST(LoginItems, StaleCopiesAreRemovedByEveryActionAndOnlyByName)
         // Paths compare exactly: one differing in letter case only is another item, and stale.
         {List({Entry(kOwnUpper)}), true, kJustSeeIfItsThere, false, List({})},
         {List({Entry(kOwnUpper)}), false, kJustSeeIfItsThere, false, std::nullopt},
+        // Only the file name counts, and it is compared whatever the letters.
+        {List({Entry(kInNamedFolder), Entry(kOldNonASCII)}), true, kJustSeeIfItsThere, false,
+         List({Entry(kInNamedFolder)})},
         // Entries without a path, and keys this code does not know, survive.
         {List({withoutPath, extraKeys, Entry(kOld)}), true, kRemoveIfFound, true,
          List({withoutPath, extraKeys})},
