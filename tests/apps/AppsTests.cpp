@@ -76,8 +76,9 @@ TEST_F(Programs, SpindeckctlControlsBothHelpers)
     pid_t backend = RunningPID(mApp + "/" + kBackendExecutable);
     EXPECT_NE(backend, 0);
     result = Ctl("--json status");
-    EXPECT_EQ(result.out, "{\"helper\":\"backend\",\"app\":\"" + mApp +
-                              "\",\"found\":true,\"running\":true,\"message\":\"The background helper is running.\"}\n");
+    EXPECT_EQ(result.out,
+              "{\"helper\":\"backend\",\"app\":\"" + mApp +
+                  "\",\"found\":true,\"running\":true,\"message\":\"The background helper is running.\"}\n");
     EXPECT_NE(StoredItems(mEnvironment.Config()).find(mApp + "/" + kBackend), std::string::npos);
     EXPECT_EQ(Ctl("reconcile").out, "Nothing to do: the helper runs, or it is not a login item.\n");
 

@@ -70,7 +70,10 @@ inline void WriteFile(const std::string& inPath, const std::string& inContents)
 }
 
 // The text of a Pascal string: a length byte, then that many bytes.
-inline std::string PascalText(const UInt8* inText) { return std::string(reinterpret_cast<const char*>(inText + 1), inText[0]); }
+inline std::string PascalText(const UInt8* inText)
+{
+    return std::string(reinterpret_cast<const char*>(inText + 1), inText[0]);
+}
 
 inline std::string ReadFile(const std::string& inPath)
 {
@@ -96,9 +99,9 @@ inline FSRef CreateFolder(const FSRef& inParent, const std::string& inName)
 {
     FSRef ref{};
     std::u16string name = Units(inName);
-    EXPECT_EQ(FSCreateDirectoryUnicode(&inParent, name.size(), Chars(name), kFSCatInfoNone, nullptr, &ref, nullptr,
-                                       nullptr),
-              noErr);
+    EXPECT_EQ(
+        FSCreateDirectoryUnicode(&inParent, name.size(), Chars(name), kFSCatInfoNone, nullptr, &ref, nullptr, nullptr),
+        noErr);
     return ref;
 }
 

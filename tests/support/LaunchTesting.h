@@ -40,8 +40,11 @@ inline void MakeBundle(const std::string& inPath, const std::string& inEntries, 
                        const std::string& inProgram = "")
 {
     fs::create_directories(inPath + "/Contents/MacOS");
-    std::string executable = inExecutable.empty() ? "" : "<key>CFBundleExecutable</key><string>" + inExecutable + "</string>";
-    WriteFile(inPath + "/Contents/Info.plist", "<plist version=\"1.0\"><dict>" + executable + inEntries + "</dict></plist>");
+    std::string executable = inExecutable.empty()
+                                 ? ""
+                                 : "<key>CFBundleExecutable</key><string>" + inExecutable + "</string>";
+    WriteFile(inPath + "/Contents/Info.plist",
+              "<plist version=\"1.0\"><dict>" + executable + inEntries + "</dict></plist>");
     if (!inProgram.empty())
         fs::copy_file(inProgram, inPath + "/Contents/MacOS/" + inExecutable);
 }

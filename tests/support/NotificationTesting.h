@@ -61,8 +61,8 @@ public:
             SD_BUS_METHOD("GetCapabilities", "", "as", Capabilities, 0),
             SD_BUS_VTABLE_END,
         };
-        if (sd_bus_open_user(&mBus) >= 0 && sd_bus_add_object_vtable(mBus, nullptr, kPath, kName, kTable, this) >= 0
-            && sd_bus_request_name(mBus, kName, 0) >= 0)
+        if (sd_bus_open_user(&mBus) >= 0 && sd_bus_add_object_vtable(mBus, nullptr, kPath, kName, kTable, this) >= 0 &&
+            sd_bus_request_name(mBus, kName, 0) >= 0)
             mThread = std::thread([this] { Serve(); });
     }
     ~NotificationServer()

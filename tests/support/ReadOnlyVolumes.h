@@ -23,7 +23,8 @@ inline bool CanMountPrivately()
 {
     pid_t child = ::fork();
     if (child == 0)
-        ::_exit(::unshare(CLONE_NEWNS) == 0 && ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 ? 0 : 1);
+        ::_exit(::unshare(CLONE_NEWNS) == 0 && ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 ? 0
+                                                                                                                 : 1);
     int status = 0;
     return child > 0 && ::waitpid(child, &status, 0) == child && WIFEXITED(status) && WEXITSTATUS(status) == 0;
 }
@@ -64,7 +65,8 @@ private:
         if (::mount("tmpfs", volume.c_str(), "tmpfs", 0, "size=1m") != 0)
             return;
         std::string copy = "cp -a " + inContents + "/. " + volume;
-        if (std::system(copy.c_str()) == 0 && ::mount(nullptr, volume.c_str(), nullptr, MS_REMOUNT | MS_RDONLY, nullptr) == 0)
+        if (std::system(copy.c_str()) == 0 &&
+            ::mount(nullptr, volume.c_str(), nullptr, MS_REMOUNT | MS_RDONLY, nullptr) == 0)
             mSoftwareLocked = volume;
         else
             ::umount2(volume.c_str(), MNT_DETACH);

@@ -48,7 +48,9 @@ inline ResourceImage BuildResourceFile(const std::vector<Resource>& inResources)
             runs.emplace_back(resource.type, references.size());
         for (auto [value, width] : {std::pair<UInt32, unsigned>{UInt16(resource.id), 2},
                                     {resource.name.empty() ? 0xFFFF : UInt32(names.size()), 2},
-                                    {resource.attributes, 1}, {UInt32(data.size()), 3}, {0, 4}})
+                                    {resource.attributes, 1},
+                                    {UInt32(data.size()), 3},
+                                    {0, 4}})
             Append(references, value, width);
         Append(data, UInt32(resource.data.size()), 4);
         data.insert(data.end(), resource.data.begin(), resource.data.end());
@@ -71,7 +73,9 @@ inline ResourceImage BuildResourceFile(const std::vector<Resource>& inResources)
     for (const auto* part : {&types, &references, &names})
         image.bytes.insert(image.bytes.end(), part->begin(), part->end());
     for (std::size_t header : {std::size_t(0), image.map})
-        for (auto [at, value] : {std::pair<int, std::size_t>{0, 256}, {4, image.map}, {8, data.size()},
+        for (auto [at, value] : {std::pair<int, std::size_t>{0, 256},
+                                 {4, image.map},
+                                 {8, data.size()},
                                  {12, image.bytes.size() - image.map}})
             Put(image.bytes, header + std::size_t(at), UInt32(value), 4);
     return image;

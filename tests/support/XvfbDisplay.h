@@ -48,7 +48,8 @@ public:
     std::vector<xcb_window_t> TopLevelWindows() const
     {
         xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(mConnection)).data->root;
-        XReply<xcb_query_tree_reply_t> tree(xcb_query_tree_reply(mConnection, xcb_query_tree(mConnection, root), nullptr));
+        XReply<xcb_query_tree_reply_t> tree(
+            xcb_query_tree_reply(mConnection, xcb_query_tree(mConnection, root), nullptr));
         xcb_window_t* children = tree ? xcb_query_tree_children(tree.get()) : nullptr;
         return tree ? std::vector<xcb_window_t>(children, children + xcb_query_tree_children_length(tree.get()))
                     : std::vector<xcb_window_t>();

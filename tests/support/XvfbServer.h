@@ -33,8 +33,8 @@ public:
         posix_spawn_file_actions_init(&actions);
         posix_spawn_file_actions_adddup2(&actions, channel[1], 9);
         posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
-        char* argv[] = {const_cast<char*>("Xvfb"), const_cast<char*>("-displayfd"), const_cast<char*>("9"),
-                        const_cast<char*>("-nolisten"), const_cast<char*>("tcp"), nullptr};
+        char* argv[] = {const_cast<char*>("Xvfb"),      const_cast<char*>("-displayfd"), const_cast<char*>("9"),
+                        const_cast<char*>("-nolisten"), const_cast<char*>("tcp"),        nullptr};
         if (::posix_spawnp(&mServer, "Xvfb", &actions, nullptr, argv, environ) != 0)
             mServer = -1;
         posix_spawn_file_actions_destroy(&actions);

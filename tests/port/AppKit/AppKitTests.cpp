@@ -31,10 +31,11 @@ public:
 
     const NSSelectorTable& selectors() const override
     {
-        static const NSSelectorTable sTable(&NSObject::selectors(), {
-                                                                        NSSelectorTable::Entry("hit:", &Probe::hit),
-                                                                        NSSelectorTable::Entry("answer:", &Probe::answer),
-                                                                    });
+        static const NSSelectorTable sTable(&NSObject::selectors(),
+                                            {
+                                                NSSelectorTable::Entry("hit:", &Probe::hit),
+                                                NSSelectorTable::Entry("answer:", &Probe::answer),
+                                            });
         return sTable;
     }
     const char* className() const override { return "Probe"; }
@@ -118,8 +119,8 @@ TEST(AppKitTimers, RepeatingTimerKeepsItsTargetUntilItIsInvalidated)
     NSAutoreleasePool pool;
     Probe* probe = NSNew<Probe>();
     probe->stopAfter = 3;
-    NSTimer* timer =
-        NSTimer::scheduledTimerWithTimeIntervalTargetSelectorUserInfoRepeats(0.02, probe, SEL("hit:"), nullptr, YES);
+    NSTimer* timer = NSTimer::scheduledTimerWithTimeIntervalTargetSelectorUserInfoRepeats(0.02, probe, SEL("hit:"),
+                                                                                          nullptr, YES);
     pool.drain();  // the schedule alone keeps the timer now
     EXPECT_EQ(probe->retainCount(), 2);
     EXPECT_NE(CFRunLoopGetNextTimerFireDate(CFRunLoopGetMain(), kCFRunLoopDefaultMode), 0);

@@ -20,7 +20,10 @@ struct Owned : port::Owned<Ref> {
 template <class Ref>
 Owned(Ref) -> Owned<Ref>;
 
-inline CFStringRef Make(const char* inUTF8) { return CFStringCreateWithCString(nullptr, inUTF8, kCFStringEncodingUTF8); }
+inline CFStringRef Make(const char* inUTF8)
+{
+    return CFStringCreateWithCString(nullptr, inUTF8, kCFStringEncodingUTF8);
+}
 
 inline CFMutableStringRef MakeMutable(const char* inUTF8)
 {

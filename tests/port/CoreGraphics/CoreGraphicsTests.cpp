@@ -63,7 +63,9 @@ TEST(BitmapContext, UnsupportedLayoutsGiveNull)
     EXPECT_EQ(CGBitmapContextCreate(nullptr, 4, 4, 16, 0, rgb, kRGBA), nullptr);
     EXPECT_EQ(CGBitmapContextCreate(nullptr, 4, 4, 8, 0, rgb, kCGImageAlphaNone), nullptr);
     EXPECT_EQ(CGBitmapContextCreate(nullptr, 4, 4, 8, 0, rgb, kCGImageAlphaLast), nullptr);  // not premultiplied
-    EXPECT_EQ(CGBitmapContextCreate(nullptr, 4, 4, 8, 0, rgb, kCGImageAlphaPremultipliedLast | kCGBitmapByteOrder16Little), nullptr);
+    EXPECT_EQ(
+        CGBitmapContextCreate(nullptr, 4, 4, 8, 0, rgb, kCGImageAlphaPremultipliedLast | kCGBitmapByteOrder16Little),
+        nullptr);
     EXPECT_EQ(CGBitmapContextCreate(nullptr, 4, 4, 8, 15, rgb, kRGBA), nullptr);  // rows shorter than 4 pixels
     EXPECT_EQ(CGBitmapContextCreate(nullptr, 0, 4, 8, 0, rgb, kRGBA), nullptr);
     EXPECT_EQ(CGBitmapContextCreate(nullptr, SIZE_MAX / 2, 4, 8, 0, rgb, kRGBA), nullptr);
@@ -107,7 +109,8 @@ TEST(BitmapContext, LittleEndianWordsAndGrayStoreTheirOwnLayouts)
     EXPECT_EQ(CGBitmapContextGetData(bgra), bytes.data());
     CGContextSetRGBFillColor(bgra, 1, 0.5, 0, 1);
     CGContextFillRect(bgra, CGRectMake(0, 1, 1, 1));  // the top left pixel, first in memory
-    EXPECT_EQ(std::vector<UInt8>(bytes.begin(), bytes.begin() + 8), (std::vector<UInt8>{0, 128, 255, 255, 0xEE, 0xEE, 0xEE, 0xEE}));
+    EXPECT_EQ(std::vector<UInt8>(bytes.begin(), bytes.begin() + 8),
+              (std::vector<UInt8>{0, 128, 255, 255, 0xEE, 0xEE, 0xEE, 0xEE}));
     CGContextRelease(bgra);
 
     CGContextRef gray = MakeContext(nullptr, 2, 1, kCGImageAlphaNone, true);

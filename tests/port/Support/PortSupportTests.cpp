@@ -55,13 +55,12 @@ TEST(UniqueDescriptor, ClosesOnceAndOnlyWhatItOwns)
 
 TEST(MountTable, ReadsDevicesEscapedPathsAndTypesAfterOptionalFields)
 {
-    const char* table =
-        "22 1 8:1 / / rw,relatime shared:1 - ext4 /dev/sda1 rw\n"
-        "30 22 0:45 /sub /media/My\\040Disk rw master:3 propagate_from:2 - vfat /dev/sdb1 rw\n"
-        "not a mount line\n"
-        "31 22 x:1 / /bad rw - tmpfs tmpfs rw\n"
-        "32 22 0:50 / /no/type rw -\n"
-        "33 22 259:7 / /back\\134slash rw - btrfs /dev/nvme0n1p7 rw";
+    const char* table = "22 1 8:1 / / rw,relatime shared:1 - ext4 /dev/sda1 rw\n"
+                        "30 22 0:45 /sub /media/My\\040Disk rw master:3 propagate_from:2 - vfat /dev/sdb1 rw\n"
+                        "not a mount line\n"
+                        "31 22 x:1 / /bad rw - tmpfs tmpfs rw\n"
+                        "32 22 0:50 / /no/type rw -\n"
+                        "33 22 259:7 / /back\\134slash rw - btrfs /dev/nvme0n1p7 rw";
     port::MountList mounts = port::ParseMountInfo(table);
     ASSERT_EQ(mounts.size(), 3u);
     EXPECT_EQ(mounts[0].device, makedev(8, 1));

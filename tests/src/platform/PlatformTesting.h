@@ -18,8 +18,8 @@ inline std::string Text(const Gx::CFString& inString)
     return text;
 }
 
-inline const auto kThrowsNilReference =
-    testing::Throws<Gx::RuntimeError>(testing::Property(&Gx::RuntimeError::What, Gx::exceptionID_NilReference));
+inline const auto kThrowsNilReference = testing::Throws<Gx::RuntimeError>(
+    testing::Property(&Gx::RuntimeError::What, Gx::exceptionID_NilReference));
 
 // Tests that end with a notice up bring the family back to none.
 struct AlertFamily : vmr::FBAAlert {

@@ -19,7 +19,10 @@ using namespace std::string_literals;
 Bytes Of(std::string_view inText) { return Bytes(inText.begin(), inText.end()); }
 
 // The contents and the two zeros that must follow them.
-Bytes Block(const kvx::BytesBubble& inBubble) { return Bytes(inBubble.ptr(), inBubble.ptr() + inBubble.sizeInBytes() + 2); }
+Bytes Block(const kvx::BytesBubble& inBubble)
+{
+    return Bytes(inBubble.ptr(), inBubble.ptr() + inBubble.sizeInBytes() + 2);
+}
 
 Bytes Terminated(Bytes inContents)
 {

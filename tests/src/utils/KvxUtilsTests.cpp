@@ -30,10 +30,10 @@ TEST(KvxConvert, LocaleConversionKeepsOneBytePerCharacterPlusOne)
     const std::string previous = std::setlocale(LC_CTYPE, nullptr);
     ASSERT_NE(std::setlocale(LC_CTYPE, "C.UTF-8"), nullptr);
 
-    EXPECT_EQ(kvx::conv_string_W2S(L"a\u00E9"), "a\xC3\xA9");   // 3 bytes fit in 2 + 1
-    EXPECT_EQ(kvx::conv_string_W2S(L"\u00E9"), "\xC3\xA9");     // fills the buffer exactly
+    EXPECT_EQ(kvx::conv_string_W2S(L"a\u00E9"), "a\xC3\xA9");      // 3 bytes fit in 2 + 1
+    EXPECT_EQ(kvx::conv_string_W2S(L"\u00E9"), "\xC3\xA9");        // fills the buffer exactly
     EXPECT_EQ(kvx::conv_string_W2S(L"\u00E9\u00E9"), "\xC3\xA9");  // the second would need bytes 3 and 4
-    EXPECT_EQ(kvx::conv_string_W2S(L"\u20AC"), "");              // 3 bytes never fit in 2
+    EXPECT_EQ(kvx::conv_string_W2S(L"\u20AC"), "");                // 3 bytes never fit in 2
     EXPECT_EQ(kvx::conv_string_S2W("a\xC3\xA9\xE2\x82\xAC"), L"a\u00E9\u20AC");
     std::setlocale(LC_CTYPE, previous.c_str());
 }
@@ -58,13 +58,17 @@ TEST(KvxConvertToLong, AcceptsOnlyAWholeDecimalNumber)
 
     for (const wchar_t* bad : {L"", L"42 ", L"-", L" ", L"0x10", L"1.5"})
         EXPECT_THROW(kvx::ConvertToLong(bad), std::domain_error) << "input \"" << kvx::conv_string_W2S(bad) << '"';
-    EXPECT_THROW(kvx::ConvertToLong(std::wstring(L"12\0" L"3", 4)), std::domain_error);
+    EXPECT_THROW(kvx::ConvertToLong(std::wstring(L"12\0"
+                                                 L"3",
+                                                 4)),
+                 std::domain_error);
     EXPECT_THAT([] { kvx::ConvertToLong(L"12x"); },
                 testing::ThrowsMessage<std::domain_error>(testing::AllOf(
                     testing::StartsWith("Error at "),
                     // The path is the one the compiler was given: absolute from CMake, relative
                     // when a compiler cache rewrites it.
-                    testing::EndsWith("src/utils/KvxUtils.cpp: found invalid char while converting string 12x to long number."))));
+                    testing::EndsWith(
+                        "src/utils/KvxUtils.cpp: found invalid char while converting string 12x to long number."))));
 }
 
 TEST(KvxText, UTF16UnitsAndFileNames)

@@ -29,9 +29,9 @@ enum : DescType {
     typeLongInteger = typeSInt32,
     typeShortFloat = typeIEEE32BitFloatingPoint,
     typeFloat = typeIEEE64BitFloatingPoint,
-    typeChar = FourCC("TEXT"),             // text in the system encoding
+    typeChar = FourCC("TEXT"),  // text in the system encoding
     typeUTF8Text = FourCC("utf8"),
-    typeUnicodeText = FourCC("utxt"),      // UTF-16 in the machine's byte order
+    typeUnicodeText = FourCC("utxt"),  // UTF-16 in the machine's byte order
     typeType = FourCC("type"),
     typeEnumerated = FourCC("enum"),
     typeKeyword = FourCC("keyw"),
@@ -122,8 +122,8 @@ OSErr AEDeleteParam(AppleEvent* ioEvent, AEKeyword inKeyword);
 OSErr AEPutAttributePtr(AppleEvent* ioEvent, AEKeyword inKeyword, DescType inTypeCode, const void* inDataPtr,
                         Size inDataSize);
 OSErr AEPutAttributeDesc(AppleEvent* ioEvent, AEKeyword inKeyword, const AEDesc* inDesc);
-OSErr AEGetAttributePtr(const AppleEvent* inEvent, AEKeyword inKeyword, DescType inDesiredType,
-                        DescType* outTypeCode, void* outDataPtr, Size inMaximumSize, Size* outActualSize);
+OSErr AEGetAttributePtr(const AppleEvent* inEvent, AEKeyword inKeyword, DescType inDesiredType, DescType* outTypeCode,
+                        void* outDataPtr, Size inMaximumSize, Size* outActualSize);
 OSErr AEGetAttributeDesc(const AppleEvent* inEvent, AEKeyword inKeyword, DescType inDesiredType, AEDesc* outResult);
 OSErr AESizeOfAttribute(const AppleEvent* inEvent, AEKeyword inKeyword, DescType* outTypeCode, Size* outDataSize);
 

@@ -36,7 +36,7 @@ enum : AEKeyword {
     keyOptionalKeywordAttr = FourCC("optk"),
     keyTimeoutAttr = FourCC("timo"),
     keyInteractLevelAttr = FourCC("inte"),
-    keyEventSourceAttr = FourCC("esrc"),      // typeSInt16, one of AEEventSource
+    keyEventSourceAttr = FourCC("esrc"),  // typeSInt16, one of AEEventSource
     keyMissedKeywordAttr = FourCC("miss"),
     keyOriginalAddressAttr = FourCC("from"),  // the sender, on events from another process
 };

@@ -332,8 +332,8 @@ OSErr FSGetResourceForkName(HFSUniStr255* outResourceForkName);  // "RESOURCE_FO
 OSErr FSCreateFork(const FSRef* inRef, UniCharCount inForkNameLength, const UniChar* inForkName);
 OSErr FSDeleteFork(const FSRef* inRef, UniCharCount inForkNameLength, const UniChar* inForkName);
 // The data fork, then the resource fork when the file has one; errFSNoMoreItems after them.
-OSErr FSIterateForks(const FSRef* inRef, CatPositionRec* ioForkIterator, HFSUniStr255* outForkName,
-                     SInt64* outForkSize, UInt64* outForkPhysicalSize);
+OSErr FSIterateForks(const FSRef* inRef, CatPositionRec* ioForkIterator, HFSUniStr255* outForkName, SInt64* outForkSize,
+                     UInt64* outForkPhysicalSize);
 // outForkRefNum is a small positive number. errFSForkNotFound for a resource fork the file
 // does not have.
 OSErr FSOpenFork(const FSRef* inRef, UniCharCount inForkNameLength, const UniChar* inForkName, SInt8 inPermissions,

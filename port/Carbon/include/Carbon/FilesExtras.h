@@ -10,9 +10,9 @@
 // record; vMExtendedAttributes and the fields after it only from version 3 on.
 struct GetVolParmsInfoBuffer {
     SInt16 vMVersion;
-    SInt32 vMAttrib;      // the bits below
-    Handle vMLocalHand;   // always NULL here
-    SInt32 vMServerAdr;   // 0 for a volume that is not on a file server
+    SInt32 vMAttrib;     // the bits below
+    Handle vMLocalHand;  // always NULL here
+    SInt32 vMServerAdr;  // 0 for a volume that is not on a file server
     SInt32 vMVolumeGrade;
     SInt16 vMForeignPrivID;
     SInt32 vMExtendedAttributes;
@@ -135,9 +135,9 @@ struct FIDParam : ParamBlockHeader {
 // or written.
 struct ObjParam : ParamBlockHeader {
     SInt16 filler7;
-    SInt16 ioObjType;       // in: one of the mapping requests above
-    StringPtr ioObjNamePtr; // the account's name: out (room for a Str31) or in
-    SInt32 ioObjID;         // the user or group ID: in or out
+    SInt16 ioObjType;        // in: one of the mapping requests above
+    StringPtr ioObjNamePtr;  // the account's name: out (room for a Str31) or in
+    SInt32 ioObjID;          // the user or group ID: in or out
 };
 
 union HParamBlockRec {

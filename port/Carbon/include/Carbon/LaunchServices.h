@@ -27,8 +27,8 @@ using LSLaunchFlags = UInt32;
 
 // Every flag is accepted. What they mean here:
 enum : LSLaunchFlags {
-    kLSLaunchDefaults = 0x00000001,          // no effect: the defaults are what a launch does
-    kLSLaunchAndPrint = 0x00000002,          // no effect: the opener has no printing request
+    kLSLaunchDefaults = 0x00000001,  // no effect: the defaults are what a launch does
+    kLSLaunchAndPrint = 0x00000002,  // no effect: the opener has no printing request
     kLSLaunchReserved2 = 0x00000004,
     kLSLaunchReserved3 = 0x00000008,
     kLSLaunchReserved4 = 0x00000010,
@@ -47,11 +47,11 @@ enum : LSLaunchFlags {
 };
 
 struct LSLaunchURLSpec {
-    CFURLRef appURL;             // NULL: each item opens as LSOpenCFURLRef opens it
-    CFArrayRef itemURLs;         // CFURLRefs, or NULL
+    CFURLRef appURL;               // NULL: each item opens as LSOpenCFURLRef opens it
+    CFArrayRef itemURLs;           // CFURLRefs, or NULL
     const AEDesc* passThruParams;  // accepted and not used: no open event carries them
     LSLaunchFlags launchFlags;
-    void* asyncRefCon;           // accepted and not used
+    void* asyncRefCon;  // accepted and not used
 };
 
 // paramErr for NULL; fnfErr for a file URL to nothing; kLSNoExecutableErr when the program

@@ -13,27 +13,27 @@ enum : OSStatus {
 
     // File Manager
     dirFulErr = -33,
-    dskFulErr = -34,    // no room left on the volume
-    nsvErr = -35,       // no such volume
+    dskFulErr = -34,  // no room left on the volume
+    nsvErr = -35,     // no such volume
     ioErr = -36,
-    bdNamErr = -37,     // a name the file system cannot hold
+    bdNamErr = -37,  // a name the file system cannot hold
     fnOpnErr = -38,
-    eofErr = -39,       // read past the end of a fork
-    posErr = -40,       // a position before the start of a fork
+    eofErr = -39,  // read past the end of a fork
+    posErr = -40,  // a position before the start of a fork
     mFulErr = -41,
-    tmfoErr = -42,      // too many files open
-    fnfErr = -43,       // file not found
-    wPrErr = -44,       // the volume is write-protected
-    fLckdErr = -45,     // the file or folder is locked
-    vLckdErr = -46,     // the volume is locked
-    fBsyErr = -47,      // the file is open, or the folder is not empty
-    dupFNErr = -48,     // an item of that name exists
+    tmfoErr = -42,   // too many files open
+    fnfErr = -43,    // file not found
+    wPrErr = -44,    // the volume is write-protected
+    fLckdErr = -45,  // the file or folder is locked
+    vLckdErr = -46,  // the volume is locked
+    fBsyErr = -47,   // the file is open, or the folder is not empty
+    dupFNErr = -48,  // an item of that name exists
     opWrErr = -49,
-    rfNumErr = -51,     // no open fork has that reference number
-    permErr = -54,      // the access asked for is not allowed
+    rfNumErr = -51,  // no open fork has that reference number
+    permErr = -54,   // the access asked for is not allowed
     wrPermErr = -61,
-    dirNFErr = -120,    // directory not found
-    badMovErr = -122,   // a folder cannot be moved into itself
+    dirNFErr = -120,   // directory not found
+    badMovErr = -122,  // a folder cannot be moved into itself
     notAFileErr = -1302,
     diffVolErr = -1303,  // the items are on different volumes
     fsDataTooBigErr = -1310,
@@ -122,7 +122,7 @@ enum : OSStatus {
     kLSNoRegistrationInfoErr = -10824,
     kLSIncompatibleSystemVersionErr = -10825,
     kLSNoLaunchPermissionErr = -10826,
-    kLSNoExecutableErr = -10827,         // the program cannot be executed, or the bundle has none
+    kLSNoExecutableErr = -10827,  // the program cannot be executed, or the bundle has none
     kLSNoClassicEnvironmentErr = -10828,
     kLSMultipleSessionsNotSupportedErr = -10829,
 };

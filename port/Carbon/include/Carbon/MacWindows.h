@@ -62,8 +62,8 @@ enum : WindowAttributes {
     kWindowLiveResizeAttribute = 1u << 28,
     kWindowIgnoreClicksAttribute = 1u << 29,
     kWindowNoConstrainAttribute = 1u << 31,
-    kWindowStandardDocumentAttributes =
-        kWindowCloseBoxAttribute | kWindowFullZoomAttribute | kWindowCollapseBoxAttribute | kWindowResizableAttribute,
+    kWindowStandardDocumentAttributes = kWindowCloseBoxAttribute | kWindowFullZoomAttribute |
+                                        kWindowCollapseBoxAttribute | kWindowResizableAttribute,
     kWindowStandardFloatingAttributes = kWindowCloseBoxAttribute | kWindowCollapseBoxAttribute,
 };
 

@@ -25,15 +25,15 @@ enum : OSErr {
 
 struct NMRec {
     QElemPtr qLink;
-    SInt16 qType;        // nmType
+    SInt16 qType;  // nmType
     SInt16 nmFlags;
     long nmPrivate;
     SInt16 nmReserved;
-    SInt16 nmMark;       // not shown: there is no application menu to mark
-    Handle nmIcon;       // not shown: the notification carries the application's name instead
-    Handle nmSound;      // NULL: silent; anything else asks for the system alert sound
-    StringPtr nmStr;     // the message (UTF-8, or Mac Roman when it is not valid UTF-8); NULL: none
-    NMUPP nmResp;        // called with the record once the note is closed; NULL: nothing
+    SInt16 nmMark;    // not shown: there is no application menu to mark
+    Handle nmIcon;    // not shown: the notification carries the application's name instead
+    Handle nmSound;   // NULL: silent; anything else asks for the system alert sound
+    StringPtr nmStr;  // the message (UTF-8, or Mac Roman when it is not valid UTF-8); NULL: none
+    NMUPP nmResp;     // called with the record once the note is closed; NULL: nothing
     long nmRefCon;
 };
 

@@ -48,19 +48,19 @@ enum : UInt32 {
 };
 
 struct ProcessInfoRec {
-    UInt32 processInfoLength;              // set by the caller; at least 60
-    StringPtr processName;                 // NULL, or room for a Str31
+    UInt32 processInfoLength;  // set by the caller; at least 60
+    StringPtr processName;     // NULL, or room for a Str31
     ProcessSerialNumber processNumber;
-    UInt32 processType;                    // 'APPL' unless the application's bundle says otherwise
-    OSType processSignature;               // '????' unless the application's bundle says otherwise
+    UInt32 processType;       // 'APPL' unless the application's bundle says otherwise
+    OSType processSignature;  // '????' unless the application's bundle says otherwise
     UInt32 processMode;
-    Ptr processLocation;                   // always NULL: processes have no partition here
-    UInt32 processSize;                    // resident size in bytes, at most 0xFFFFFFFF
-    UInt32 processFreeMem;                 // always 0, for the same reason
-    ProcessSerialNumber processLauncher;   // the parent process, or kNoProcess
-    UInt32 processLaunchDate;              // ticks (1/60 s) since boot when it started
-    UInt32 processActiveTime;              // processor time used, in ticks
-    FSRef* processAppRef;                  // NULL, or where to put the application file
+    Ptr processLocation;                  // always NULL: processes have no partition here
+    UInt32 processSize;                   // resident size in bytes, at most 0xFFFFFFFF
+    UInt32 processFreeMem;                // always 0, for the same reason
+    ProcessSerialNumber processLauncher;  // the parent process, or kNoProcess
+    UInt32 processLaunchDate;             // ticks (1/60 s) since boot when it started
+    UInt32 processActiveTime;             // processor time used, in ticks
+    FSRef* processAppRef;                 // NULL, or where to put the application file
 };
 using ProcessInfoRecPtr = ProcessInfoRec*;
 

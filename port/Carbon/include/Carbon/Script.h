@@ -9,7 +9,7 @@ using LangCode = SInt16;
 using RegionCode = SInt16;
 
 enum : ScriptCode {
-    smSystemScript = -1,  // the script of the system
+    smSystemScript = -1,   // the script of the system
     smCurrentScript = -2,  // the script of the current font; the system's here
     smAllScripts = -3,
 

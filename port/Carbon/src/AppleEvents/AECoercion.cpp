@@ -195,8 +195,8 @@ OSErr Coerce(DescType inType, const Value& inValue, DescType inToType, DescType&
     return noErr;
 }
 
-OSErr GetAsPtr(DescType inType, const Value& inValue, DescType inDesiredType, DescType* outTypeCode,
-               void* outDataPtr, Size inMaximumSize, Size* outActualSize)
+OSErr GetAsPtr(DescType inType, const Value& inValue, DescType inDesiredType, DescType* outTypeCode, void* outDataPtr,
+               Size inMaximumSize, Size* outActualSize)
 {
     if (inMaximumSize < 0 || (outDataPtr == nullptr && inMaximumSize > 0))
         return paramErr;

@@ -11,8 +11,8 @@ OSErr Coerce(DescType inType, const Value& inValue, DescType inToType, DescType&
 
 // The getters' two forms: into the caller's buffer (at most inMaximumSize bytes, the full
 // size through outActualSize), or as a new descriptor.
-OSErr GetAsPtr(DescType inType, const Value& inValue, DescType inDesiredType, DescType* outTypeCode,
-               void* outDataPtr, Size inMaximumSize, Size* outActualSize);
+OSErr GetAsPtr(DescType inType, const Value& inValue, DescType inDesiredType, DescType* outTypeCode, void* outDataPtr,
+               Size inMaximumSize, Size* outActualSize);
 OSErr GetAsDesc(DescType inType, const Value& inValue, DescType inDesiredType, AEDesc* outResult);
 
 }  // namespace carbon::ae

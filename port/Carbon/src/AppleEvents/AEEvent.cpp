@@ -132,8 +132,8 @@ OSErr AEPutAttributeDesc(AppleEvent* ioEvent, AEKeyword inKeyword, const AEDesc*
     });
 }
 
-OSErr AEGetAttributePtr(const AppleEvent* inEvent, AEKeyword inKeyword, DescType inDesiredType,
-                        DescType* outTypeCode, void* outDataPtr, Size inMaximumSize, Size* outActualSize)
+OSErr AEGetAttributePtr(const AppleEvent* inEvent, AEKeyword inKeyword, DescType inDesiredType, DescType* outTypeCode,
+                        void* outDataPtr, Size inMaximumSize, Size* outActualSize)
 {
     const Entry* attribute = nullptr;
     if (OSErr status = ReadAttribute(inEvent, inKeyword, attribute); status != noErr)

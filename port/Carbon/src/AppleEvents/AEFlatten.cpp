@@ -21,7 +21,10 @@ public:
 
     void U8(UInt8 inValue) { mOut.push_back(inValue); }
     void U16(UInt16 inValue) { Bytes({UInt8(inValue >> 8), UInt8(inValue)}); }
-    void U32(UInt32 inValue) { Bytes({UInt8(inValue >> 24), UInt8(inValue >> 16), UInt8(inValue >> 8), UInt8(inValue)}); }
+    void U32(UInt32 inValue)
+    {
+        Bytes({UInt8(inValue >> 24), UInt8(inValue >> 16), UInt8(inValue >> 8), UInt8(inValue)});
+    }
     void Bytes(std::span<const UInt8> inBytes) { mOut.insert(mOut.end(), inBytes.begin(), inBytes.end()); }
     void Bytes(std::initializer_list<UInt8> inBytes) { mOut.insert(mOut.end(), inBytes.begin(), inBytes.end()); }
     void Block(std::span<const UInt8> inBytes)

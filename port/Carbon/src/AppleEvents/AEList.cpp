@@ -156,8 +156,7 @@ OSErr AEGetNthPtr(const AEDescList* inList, long inIndex, DescType inDesiredType
     if (outKeyword)
         *outKeyword = item->keyword;
     return Guarded([&]() -> OSErr {
-        return GetAsPtr(item->type, item->value, inDesiredType, outTypeCode, outDataPtr, inMaximumSize,
-                        outActualSize);
+        return GetAsPtr(item->type, item->value, inDesiredType, outTypeCode, outDataPtr, inMaximumSize, outActualSize);
     });
 }
 

@@ -94,8 +94,8 @@ void Answer(const Connection& inConnection, const Message& inEvent)
     AddOrigin(event, inConnection.peer);
     OSErr status = Dispatch(event, &reply);
     if (inEvent.wantsReply && reply.dataHandle) {
-        std::vector<UInt8> message =
-            EncodeMessage(MessageKind::Reply, false, status, reply.descriptorType, *ValueOf(reply));
+        std::vector<UInt8> message = EncodeMessage(MessageKind::Reply, false, status, reply.descriptorType,
+                                                   *ValueOf(reply));
         // A reply too large for one message cannot be sent; the sender sees the connection
         // close without one.
         if (message.size() <= kLargestMessage)
@@ -180,7 +180,8 @@ public:
             return false;
         port::UniqueDescriptor listener(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
         SocketAddress address = ReceiverAddress(self);
-        if (!listener || ::bind(listener.Get(), reinterpret_cast<const sockaddr*>(&address.address), address.length) != 0 ||
+        if (!listener ||
+            ::bind(listener.Get(), reinterpret_cast<const sockaddr*>(&address.address), address.length) != 0 ||
             ::listen(listener.Get(), SOMAXCONN) != 0)
             return false;
         mListener = std::make_unique<WatchedDescriptor>(listener.Take(), Accept, this);

@@ -92,8 +92,8 @@ OSErr SendOverSocket(const AppleEvent& inEvent, const ProcessSerialNumber& inPSN
                      bool inWantsReply, long inTimeOutInTicks)
 {
     std::optional<Clock::time_point> deadline = Deadline(inTimeOutInTicks);
-    std::vector<UInt8> message =
-        EncodeMessage(MessageKind::Event, inWantsReply, noErr, inEvent.descriptorType, *ValueOf(inEvent));
+    std::vector<UInt8> message = EncodeMessage(MessageKind::Event, inWantsReply, noErr, inEvent.descriptorType,
+                                               *ValueOf(inEvent));
     // More than one message holds; the platform has no status for that, the nearest is
     // that the event could not be sent.
     if (message.size() > kLargestMessage)

@@ -78,7 +78,8 @@ bool IsQuitEvent(const Value& inEvent)
     auto eventClass = FindEntry(inEvent.attributes, keyEventClassAttr);
     auto eventID = FindEntry(inEvent.attributes, keyEventIDAttr);
     return eventClass != inEvent.attributes.end() && eventID != inEvent.attributes.end() &&
-           ScalarOf<AEEventClass>(*eventClass) == kCoreEventClass && ScalarOf<AEEventID>(*eventID) == kAEQuitApplication;
+           ScalarOf<AEEventClass>(*eventClass) == kCoreEventClass &&
+           ScalarOf<AEEventID>(*eventID) == kAEQuitApplication;
 }
 
 // Hands the reply to the caller who asked to wait for it, and disposes of it otherwise.
@@ -133,8 +134,8 @@ OSErr SendQuit(const AppleEvent& inEvent, const Target& inTarget, AppleEvent* ou
 
 }  // namespace
 
-OSErr AESend(const AppleEvent* inEvent, AppleEvent* outReply, AESendMode inSendMode, AESendPriority, long inTimeOutInTicks,
-             AEIdleUPP, AEFilterUPP)
+OSErr AESend(const AppleEvent* inEvent, AppleEvent* outReply, AESendMode inSendMode, AESendPriority,
+             long inTimeOutInTicks, AEIdleUPP, AEFilterUPP)
 {
     AEInitializeDesc(outReply);
     const Value* event = inEvent ? ValueOf(*inEvent) : nullptr;

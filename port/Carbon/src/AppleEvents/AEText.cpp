@@ -23,7 +23,11 @@ std::optional<UInt32> NextCodePoint(std::span<const UInt8>& ioBytes)
 {
     static constexpr UInt32 kSmallest[] = {0, 0, 0x80, 0x800, 0x10000};
     UInt8 lead = ioBytes[0];
-    std::size_t length = lead < 0x80 ? 1 : (lead >> 5) == 0x6 ? 2 : (lead >> 4) == 0xE ? 3 : (lead >> 3) == 0x1E ? 4 : 0;
+    std::size_t length = lead < 0x80           ? 1
+                         : (lead >> 5) == 0x6  ? 2
+                         : (lead >> 4) == 0xE  ? 3
+                         : (lead >> 3) == 0x1E ? 4
+                                               : 0;
     if (length == 0 || length > ioBytes.size())
         return std::nullopt;
     UInt32 point = length == 1 ? lead : lead & (0xFF >> (length + 1));
@@ -63,8 +67,8 @@ void AppendUTF8(UInt32 inPoint, std::vector<UInt8>& ioBytes)
     } else if (inPoint < 0x800) {
         ioBytes.insert(ioBytes.end(), {UInt8(0xC0 | inPoint >> 6), UInt8(0x80 | (inPoint & 0x3F))});
     } else if (inPoint < 0x10000) {
-        ioBytes.insert(ioBytes.end(),
-                       {UInt8(0xE0 | inPoint >> 12), UInt8(0x80 | (inPoint >> 6 & 0x3F)), UInt8(0x80 | (inPoint & 0x3F))});
+        ioBytes.insert(ioBytes.end(), {UInt8(0xE0 | inPoint >> 12), UInt8(0x80 | (inPoint >> 6 & 0x3F)),
+                                       UInt8(0x80 | (inPoint & 0x3F))});
     } else {
         ioBytes.insert(ioBytes.end(), {UInt8(0xF0 | inPoint >> 18), UInt8(0x80 | (inPoint >> 12 & 0x3F)),
                                        UInt8(0x80 | (inPoint >> 6 & 0x3F)), UInt8(0x80 | (inPoint & 0x3F))});
@@ -109,12 +113,12 @@ std::optional<std::u16string> DecodeUTF16(std::span<const UInt8> inBytes)
 
 std::optional<std::u16string> DecodeSystem(std::span<const UInt8> inBytes, CFStringEncoding inEncoding)
 {
-    port::Owned<CFStringRef> string(CFStringCreateWithBytes(nullptr, inBytes.data(), CFIndex(inBytes.size()), inEncoding, false));
+    port::Owned<CFStringRef> string(
+        CFStringCreateWithBytes(nullptr, inBytes.data(), CFIndex(inBytes.size()), inEncoding, false));
     if (!string)
         return std::nullopt;
     std::u16string text(std::size_t(CFStringGetLength(string.Get())), u'\0');
-    CFStringGetCharacters(string.Get(), CFRangeMake(0, CFIndex(text.size())),
-                          reinterpret_cast<UniChar*>(text.data()));
+    CFStringGetCharacters(string.Get(), CFRangeMake(0, CFIndex(text.size())), reinterpret_cast<UniChar*>(text.data()));
     return text;
 }
 

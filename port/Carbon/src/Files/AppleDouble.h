@@ -18,7 +18,7 @@ struct AppleDouble {
 
     enum EntryID : UInt32 {
         kResourceFork = 2,
-        kFileDates = 8,  // creation, modification, backup, access
+        kFileDates = 8,   // creation, modification, backup, access
         kFinderInfo = 9,  // FinderInfo then ExtendedFinderInfo, 32 bytes
     };
 

@@ -21,16 +21,19 @@ namespace carbon {
 
 namespace {
 
-constexpr FSCatalogInfoBitmap kCompanionBits =
-    kFSCatInfoFinderInfo | kFSCatInfoFinderXInfo | kFSCatInfoRsrcSizes | kFSCatInfoCreateDate | kFSCatInfoBackupDate;
+constexpr FSCatalogInfoBitmap kCompanionBits = kFSCatInfoFinderInfo | kFSCatInfoFinderXInfo | kFSCatInfoRsrcSizes |
+                                               kFSCatInfoCreateDate | kFSCatInfoBackupDate;
 // What a locked item refuses to change: everything settable but the lock itself, the
 // permissions it is made of, and what is ignored anyway.
-constexpr FSCatalogInfoBitmap kGuardedBits =
-    kFSCatInfoSettableInfo & ~(kFSCatInfoTextEncoding | kFSCatInfoNodeFlags | kFSCatInfoPermissions | kFSCatInfoAttrMod);
+constexpr FSCatalogInfoBitmap kGuardedBits = kFSCatInfoSettableInfo & ~(kFSCatInfoTextEncoding | kFSCatInfoNodeFlags |
+                                                                        kFSCatInfoPermissions | kFSCatInfoAttrMod);
 
 UTCDateTime DateOf(const statx_timestamp& inTime) { return UTCDateTimeOf(inTime.tv_sec, inTime.tv_nsec); }
 
-UInt64 RoundUp(UInt64 inLength, UInt64 inBlock) { return inBlock == 0 ? inLength : (inLength + inBlock - 1) / inBlock * inBlock; }
+UInt64 RoundUp(UInt64 inLength, UInt64 inBlock)
+{
+    return inBlock == 0 ? inLength : (inLength + inBlock - 1) / inBlock * inBlock;
+}
 
 UInt64 ResourceLength(const ItemLocation& inItem, const AppleDouble& inCompanion)
 {
@@ -47,7 +50,7 @@ void FillDates(const ItemLocation& inItem, FSCatalogInfoBitmap inWhichInfo, cons
     if (inWhichInfo & kFSCatInfoCreateDate) {
         std::optional<UTCDateTime> stored = GetStoredDate(inCompanion, StoredDate::Creation);
         // Without a birth time the content date is the nearest the file system knows.
-        outInfo.createDate = stored                             ? *stored
+        outInfo.createDate = stored                            ? *stored
                              : (status.stx_mask & STATX_BTIME) ? DateOf(status.stx_btime)
                                                                : DateOf(status.stx_mtime);
     }
@@ -142,7 +145,7 @@ OSErr ApplyPermissions(const ItemLocation& inItem, mode_t inMode, const FSCatalo
     if (user == inItem.status.stx_uid && group == inItem.status.stx_gid)
         return noErr;
     return ::fchownat(inItem.Folder(), inItem.name.c_str(), user, group, AT_SYMLINK_NOFOLLOW) == 0 ? noErr
-                                                                                                  : LastStatus();
+                                                                                                   : LastStatus();
 }
 
 OSErr ApplyTimes(const ItemLocation& inItem, FSCatalogInfoBitmap inWhichInfo, const FSCatalogInfo& inInfo)
@@ -159,8 +162,8 @@ OSErr ApplyTimes(const ItemLocation& inItem, FSCatalogInfoBitmap inWhichInfo, co
 
 OSErr ApplyCompanion(const ItemLocation& inItem, FSCatalogInfoBitmap inWhichInfo, const FSCatalogInfo& inInfo)
 {
-    constexpr FSCatalogInfoBitmap kBits =
-        kFSCatInfoFinderInfo | kFSCatInfoFinderXInfo | kFSCatInfoCreateDate | kFSCatInfoBackupDate;
+    constexpr FSCatalogInfoBitmap kBits = kFSCatInfoFinderInfo | kFSCatInfoFinderXInfo | kFSCatInfoCreateDate |
+                                          kFSCatInfoBackupDate;
     if (!(inWhichInfo & kBits))
         return noErr;
     Companion read = ReadCompanion(inItem.Folder(), inItem.name);
@@ -197,7 +200,8 @@ void FillCatalogInfo(const ItemLocation& inItem, FSCatalogInfoBitmap inWhichInfo
     FillDates(inItem, inWhichInfo, companion, outInfo);
     FillPermissions(inItem, inWhichInfo, outInfo);
     if (inWhichInfo & (kFSCatInfoFinderInfo | kFSCatInfoFinderXInfo))
-        GetFinderInfo(companion, inItem.IsDirectory(), inWhichInfo & kFSCatInfoFinderInfo ? outInfo.finderInfo : nullptr,
+        GetFinderInfo(companion, inItem.IsDirectory(),
+                      inWhichInfo & kFSCatInfoFinderInfo ? outInfo.finderInfo : nullptr,
                       inWhichInfo & kFSCatInfoFinderXInfo ? outInfo.extFinderInfo : nullptr);
     FillSizes(inItem, inWhichInfo, companion, outInfo);
 }
@@ -231,7 +235,9 @@ std::optional<UInt32> NodeIDOfShortenedName(std::u16string_view inName)
         return std::nullopt;
     UInt32 nodeID = 0;
     for (char16_t digit : inName.substr(hash + 1)) {
-        int value = digit >= u'0' && digit <= u'9' ? digit - u'0' : digit >= u'A' && digit <= u'F' ? digit - u'A' + 10 : -1;
+        int value = digit >= u'0' && digit <= u'9'   ? digit - u'0'
+                    : digit >= u'A' && digit <= u'F' ? digit - u'A' + 10
+                                                     : -1;
         if (value < 0)
             return std::nullopt;
         nodeID = nodeID << 4 | UInt32(value);

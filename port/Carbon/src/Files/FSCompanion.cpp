@@ -138,8 +138,8 @@ private:
 
 FoldersWithoutCompanions& Uncompanioned()
 {
-    static FoldersWithoutCompanions folders;
-    return folders;
+    static FoldersWithoutCompanions sFolders;
+    return sFolders;
 }
 
 }  // namespace
@@ -153,7 +153,10 @@ void RemoveCompanionIn(int inFolder, const ItemKey& inFolderKey, std::string_vie
         RemoveCompanion(inFolder, inItemName);
 }
 
-std::string CompanionName(std::string_view inItemName) { return std::string(kCompanionPrefix) + std::string(inItemName); }
+std::string CompanionName(std::string_view inItemName)
+{
+    return std::string(kCompanionPrefix) + std::string(inItemName);
+}
 
 Companion ReadCompanion(int inFolder, std::string_view inItemName)
 {

@@ -7,8 +7,8 @@ namespace carbon {
 
 ForkTable& ForkTable::Shared()
 {
-    static ForkTable table;
-    return table;
+    static ForkTable sTable;
+    return sTable;
 }
 
 std::shared_ptr<ResourceFork> ForkTable::OpenResourceIn(const State& inState, const ItemKey& inItem)
@@ -21,7 +21,7 @@ std::shared_ptr<ResourceFork> ForkTable::OpenResourceIn(const State& inState, co
 
 SInt16 ForkTable::Add(const ForkHold& inFork, UInt64 inStoresBefore)
 {
-    auto state = mState.Lock();
+    auto state = mState.Locked();
     if (inFork->isResource) {
         if (std::shared_ptr<ResourceFork> open = OpenResourceIn(*state, inFork->key))
             inFork->resource = std::move(open);
@@ -42,7 +42,7 @@ SInt16 ForkTable::Add(const ForkHold& inFork, UInt64 inStoresBefore)
 
 ForkHold ForkTable::Find(SInt16 inRefNum)
 {
-    auto state = mState.Lock();
+    auto state = mState.Locked();
     auto found = state->forks.find(inRefNum);
     return found == state->forks.end() ? nullptr : found->second;
 }
@@ -50,7 +50,7 @@ ForkHold ForkTable::Find(SInt16 inRefNum)
 bool ForkTable::Remove(SInt16 inRefNum, const OpenFork& inFork)
 {
     ForkHold removed;  // released after the lock, since it may close a descriptor
-    auto state = mState.Lock();
+    auto state = mState.Locked();
     auto found = state->forks.find(inRefNum);
     if (found == state->forks.end() || found->second.get() != &inFork)
         return false;
@@ -61,7 +61,7 @@ bool ForkTable::Remove(SInt16 inRefNum, const OpenFork& inFork)
 
 std::pair<SInt16, ForkHold> ForkTable::Next(SInt16 inRefNum)
 {
-    auto state = mState.Lock();
+    auto state = mState.Locked();
     auto next = state->forks.upper_bound(inRefNum);
     if (next == state->forks.end())
         return {0, nullptr};
@@ -70,12 +70,12 @@ std::pair<SInt16, ForkHold> ForkTable::Next(SInt16 inRefNum)
 
 std::shared_ptr<ResourceFork> ForkTable::OpenResource(const ItemKey& inItem)
 {
-    return OpenResourceIn(*mState.Lock(), inItem);
+    return OpenResourceIn(*mState.Locked(), inItem);
 }
 
 UInt16 ForkTable::Flags(const ItemKey& inItem)
 {
-    auto state = mState.Lock();
+    auto state = mState.Locked();
     UInt16 flags = 0;
     for (const auto& [refNum, fork] : state->forks)
         if (fork->key == inItem)
@@ -83,16 +83,16 @@ UInt16 ForkTable::Flags(const ItemKey& inItem)
     return flags;
 }
 
-UInt64 ForkTable::ResourceStores() { return mState.Lock()->resourceStores; }
+UInt64 ForkTable::ResourceStores() { return mState.Locked()->resourceStores; }
 
-void ForkTable::NoteResourceStored() { ++mState.Lock()->resourceStores; }
+void ForkTable::NoteResourceStored() { ++mState.Locked()->resourceStores; }
 
 UInt16 OpenForkFlags(const ItemKey& inItem) { return ForkTable::Shared().Flags(inItem); }
 
 std::optional<UInt64> OpenResourceForkLength(const ItemKey& inItem)
 {
     std::shared_ptr<ResourceFork> resource = ForkTable::Shared().OpenResource(inItem);
-    return resource ? std::optional<UInt64>(resource->contents.Lock()->bytes.size()) : std::nullopt;
+    return resource ? std::optional<UInt64>(resource->contents.Locked()->bytes.size()) : std::nullopt;
 }
 
 }  // namespace carbon

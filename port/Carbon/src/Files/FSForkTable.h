@@ -35,7 +35,7 @@ struct ResourceFork {
     // Orders the write-backs of one companion, so that an older copy never lands after a
     // newer one. Held across that write; the other locks may be taken inside it, and it is
     // never taken while one of them is held.
-    std::mutex storing;
+    std::mutex storingLock;
 };
 
 // Set up completely before it is added to the table; after that only the mark changes.

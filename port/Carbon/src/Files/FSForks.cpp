@@ -71,11 +71,11 @@ OSErr WriteBack(const OpenFork& inFork)
     if (!inFork.isResource)
         return noErr;
     ResourceFork& resource = *inFork.resource;
-    std::lock_guard storing(resource.storing);
+    std::lock_guard guard(resource.storingLock);
     std::vector<UInt8> bytes;
     UInt64 changes = 0;
     {
-        auto contents = resource.contents.Lock();
+        auto contents = resource.contents.Locked();
         if (!contents->IsDirty())
             return noErr;
         bytes = contents->bytes;
@@ -86,14 +86,14 @@ OSErr WriteBack(const OpenFork& inFork)
         return status;
     if (OSErr status = StoreResourceFork(item, &bytes); status != noErr)
         return status;
-    resource.contents.Lock()->stored = changes;
+    resource.contents.Locked()->stored = changes;
     return noErr;
 }
 
 SInt64 SizeOf(const OpenFork& inFork)
 {
     if (inFork.isResource)
-        return SInt64(inFork.resource->contents.Lock()->bytes.size());
+        return SInt64(inFork.resource->contents.Locked()->bytes.size());
     struct stat status;
     return ::fstat(inFork.data.Get(), &status) == 0 ? SInt64(status.st_size) : 0;
 }
@@ -172,7 +172,7 @@ OSErr SetSize(OpenFork& ioFork, SInt64 inSize)
     if (ioFork.isResource) {
         if (inSize > kLargestResourceFork)
             return dskFulErr;
-        auto contents = ioFork.resource->contents.Lock();
+        auto contents = ioFork.resource->contents.Locked();
         contents->bytes.resize(std::size_t(inSize));
         ++contents->changes;
     } else if (::ftruncate(ioFork.data.Get(), off_t(inSize)) != 0) {
@@ -228,7 +228,7 @@ OSErr OpenResource(const ItemLocation& inItem, OpenFork& ioFork)
     if (!stored)
         return errFSForkNotFound;
     ioFork.resource = std::make_shared<ResourceFork>();
-    ioFork.resource->contents.Lock()->bytes = std::move(*stored);
+    ioFork.resource->contents.Locked()->bytes = std::move(*stored);
     return noErr;
 }
 
@@ -285,7 +285,7 @@ std::pair<SInt16, ForkHold> NextOnVolume(SInt16& ioIterator, FSVolumeRefNum inVo
 
 ByteCount ReadResource(ResourceFork& inResource, SInt64 inStart, ByteCount inCount, UInt8* outBuffer)
 {
-    auto contents = inResource.contents.Lock();
+    auto contents = inResource.contents.Locked();
     const std::vector<UInt8>& bytes = contents->bytes;
     SInt64 available = std::max<SInt64>(0, SInt64(bytes.size()) - inStart);
     ByteCount done = ByteCount(std::min<SInt64>(available, SInt64(inCount)));
@@ -297,7 +297,7 @@ OSErr WriteResource(ResourceFork& ioResource, SInt64 inStart, ByteCount inCount,
 {
     if (inCount > ByteCount(kLargestResourceFork) || inStart > kLargestResourceFork - SInt64(inCount))
         return dskFulErr;
-    auto contents = ioResource.contents.Lock();
+    auto contents = ioResource.contents.Locked();
     std::vector<UInt8>& bytes = contents->bytes;
     bytes.resize(std::max(bytes.size(), std::size_t(inStart) + inCount));
     std::copy_n(inBuffer, inCount, bytes.begin() + std::ptrdiff_t(inStart));
@@ -344,8 +344,8 @@ OSErr FSDeleteFork(const FSRef* inRef, UniCharCount inForkNameLength, const UniC
     return StoreResourceFork(item, nullptr);
 }
 
-OSErr FSIterateForks(const FSRef* inRef, CatPositionRec* ioForkIterator, HFSUniStr255* outForkName,
-                     SInt64* outForkSize, UInt64* outForkPhysicalSize)
+OSErr FSIterateForks(const FSRef* inRef, CatPositionRec* ioForkIterator, HFSUniStr255* outForkName, SInt64* outForkSize,
+                     UInt64* outForkPhysicalSize)
 {
     if (inRef == nullptr || ioForkIterator == nullptr)
         return paramErr;

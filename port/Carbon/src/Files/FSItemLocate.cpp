@@ -97,8 +97,8 @@ std::optional<Found> FoundByPath(const EntryView& inView, const std::string& inP
         return inPath == "/" ? RootFound(inView) : std::nullopt;
     SharedFd folder = OpenPath(AT_FDCWD, folderPath.c_str(), O_DIRECTORY);
     struct statx folderStatus, status;
-    if (!folder || !StatusAt(folder->Get(), "", folderStatus) ||
-        !StatusAt(folder->Get(), named.name.c_str(), status) || !inView.Matches(status))
+    if (!folder || !StatusAt(folder->Get(), "", folderStatus) || !StatusAt(folder->Get(), named.name.c_str(), status) ||
+        !inView.Matches(status))
         return std::nullopt;
     std::optional<Found> found = inView.isFolder && IsRootPair(inView.key, KeyOf(folderStatus))
                                      ? RootFound(inView)

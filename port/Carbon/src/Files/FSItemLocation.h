@@ -48,7 +48,7 @@ struct ItemLocation {
     ItemKey key;
     SharedFd folder;  // O_PATH
     std::string name;
-    SharedFd self;  // O_PATH; null for an item other than a folder found Tracking::kByName
+    SharedFd self;      // O_PATH; null for an item other than a folder found Tracking::kByName
     ItemKey parentKey;  // of the folder the item is in; its own key for a volume's root
     struct statx status;
     bool isRoot = false;

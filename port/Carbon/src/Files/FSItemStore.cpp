@@ -31,9 +31,9 @@ Entry* ItemStore::Find(const RefIdentity& inRef)
 
 EntryView ItemStore::ViewOf(const Entry& inEntry)
 {
-    EntryView view{inEntry.key,  inEntry.birth,     inEntry.generation, inEntry.version, inEntry.isFolder,
-                   inEntry.isRoot, inEntry.hasParent, inEntry.parent,     inEntry.name,    inEntry.path,
-                   inEntry.handle, nullptr};
+    EntryView view{inEntry.key,      inEntry.birth,  inEntry.generation, inEntry.version,
+                   inEntry.isFolder, inEntry.isRoot, inEntry.hasParent,  inEntry.parent,
+                   inEntry.name,     inEntry.path,   inEntry.handle,     nullptr};
     if (Entry* parent = inEntry.hasParent ? Find(inEntry.parent) : nullptr)
         view.parentHandle = parent->handle;
     return view;
@@ -191,20 +191,20 @@ namespace {
 
 Guarded<ItemStore>& Items()
 {
-    static Guarded<ItemStore> store;
-    return store;
+    static Guarded<ItemStore> sStore;
+    return sStore;
 }
 
 }  // namespace
 
-LockedItems::LockedItems() : mLocked(Items().Lock()) {}
+LockedItems::LockedItems() : mLocked(Items().Locked()) {}
 
 LockedItems::~LockedItems() { mReleased = mLocked->TakeReleased(); }
 
 std::optional<JustRead>& JustRead::OfThisThread()
 {
-    thread_local std::optional<JustRead> justRead;
-    return justRead;
+    thread_local std::optional<JustRead> tJustRead;
+    return tJustRead;
 }
 
 }  // namespace carbon

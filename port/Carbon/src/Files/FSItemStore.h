@@ -134,7 +134,7 @@ public:
 
 private:
     std::vector<SharedFd> mReleased;  // declared first, so destroyed after the lock is released
-    Guarded<ItemStore>::Locked mLocked;
+    Guarded<ItemStore>::Access mLocked;
 };
 
 // The status read for the item a delete iterator returned last, kept by the thread that read

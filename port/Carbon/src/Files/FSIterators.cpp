@@ -37,7 +37,7 @@ constexpr std::size_t kMostListingKept = std::size_t(1) << 20;
 
 // The open state of an iterator that was used recently.
 struct Listing {
-    carbon::ItemLocation folder;  // self is the listing's own descriptor
+    carbon::ItemLocation folder;                                   // self is the listing's own descriptor
     std::vector<char> buffer = std::vector<char>(kListingBuffer);  // operator new aligns for dirent64
     ssize_t length = 0;
     ssize_t at = 0;
@@ -59,7 +59,7 @@ struct OpaqueFSIterator {
     bool passReturnedItems = false;
     bool scannedForCompanions = false;
     bool withoutCompanions = false;
-    carbon::ItemKey folderKey;  // once scanned
+    carbon::ItemKey folderKey;                    // once scanned
     std::vector<Returned> lastReturned;           // by the previous call, to delete mode
     std::unordered_set<std::string> leftInPlace;  // returned and not deleted
     std::unique_ptr<Listing> listing;             // while among the recently used
@@ -102,7 +102,8 @@ public:
             return true;
         while (mOpen.size() >= kMostOpenListings) {
             auto oldest = std::min_element(mOpen.begin(), mOpen.end(), [](auto* inFirst, auto* inSecond) {
-                return (inFirst->busy ? ~UInt64(0) : inFirst->lastUse) < (inSecond->busy ? ~UInt64(0) : inSecond->lastUse);
+                return (inFirst->busy ? ~UInt64(0) : inFirst->lastUse) <
+                       (inSecond->busy ? ~UInt64(0) : inSecond->lastUse);
             });
             if ((*oldest)->busy)
                 break;  // every one is in use on some thread
@@ -128,8 +129,8 @@ private:
 
 IteratorRegistry& Registry()
 {
-    static IteratorRegistry registry;
-    return registry;
+    static IteratorRegistry sRegistry;
+    return sRegistry;
 }
 
 bool Listed(std::string_view inName) { return inName != "." && inName != ".." && !IsReservedName(inName); }
@@ -215,8 +216,9 @@ OSErr ReadNames(OpaqueFSIterator& ioIterator, std::size_t inCount, std::vector<s
     Listing& listing = *ioIterator.listing;
     while (outNames.size() < inCount) {
         if (listing.at >= listing.length) {
-            ssize_t length =
-                listing.atEnd ? 0 : ::getdents64(listing.folder.Self(), listing.buffer.data(), listing.buffer.size());
+            ssize_t length = listing.atEnd
+                                 ? 0
+                                 : ::getdents64(listing.folder.Self(), listing.buffer.data(), listing.buffer.size());
             if (length < 0)
                 return LastStatus();
             listing.at = 0;
@@ -338,10 +340,11 @@ OSErr FSGetCatalogInfoBulk(FSIterator inIterator, ItemCount inMaximumObjects, It
         *outContainerChanged = false;
     if (!Registry().Acquire(inIterator))
         return errFSIteratorNotFound;
-    OSErr status = inMaximumObjects == 0             ? OSErr(errFSBadItemCount)
-                   : inWhichInfo & ~kGettableBits ? OSErr(errFSBadInfoBitmap)
-                                                  : ReadItems(*inIterator, inMaximumObjects, outActualObjects, inWhichInfo, outCatalogInfos, outRefs,
-                             outSpecs, outNames);
+    OSErr status = inMaximumObjects == 0 ? OSErr(errFSBadItemCount)
+                   : inWhichInfo & ~kGettableBits
+                       ? OSErr(errFSBadInfoBitmap)
+                       : ReadItems(*inIterator, inMaximumObjects, outActualObjects, inWhichInfo, outCatalogInfos,
+                                   outRefs, outSpecs, outNames);
     Registry().Release(inIterator);
     return status;
 }

@@ -131,8 +131,8 @@ void SetHFSName(std::u16string_view inName, HFSUniStr255& outName)
 
 bool PascalName(std::u16string_view inName, StringPtr outName, std::size_t inCapacity)
 {
-    CFStringRef text =
-        CFStringCreateWithCharacters(nullptr, reinterpret_cast<const UniChar*>(inName.data()), CFIndex(inName.size()));
+    CFStringRef text = CFStringCreateWithCharacters(nullptr, reinterpret_cast<const UniChar*>(inName.data()),
+                                                    CFIndex(inName.size()));
     if (text == nullptr)
         return false;
     bool fits = CFStringGetPascalString(text, outName, CFIndex(inCapacity), CFStringGetSystemEncoding());

@@ -170,7 +170,7 @@ OSErr FSDeleteObject(const FSRef* inRef)
         return status;
     if (OpenForkFlags(item.key) & kFSNodeForkOpenMask)
         return fBsyErr;
-    OSErr status = item.IsDirectory() ? RemoveFolder(item)
+    OSErr status = item.IsDirectory()                                     ? RemoveFolder(item)
                    : ::unlinkat(item.Folder(), item.name.c_str(), 0) == 0 ? noErr
                                                                           : LastStatus();
     if (status != noErr)

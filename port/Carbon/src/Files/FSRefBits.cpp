@@ -45,7 +45,7 @@ OSErr CompareRefs(const FSRef& inRef1, const FSRef& inRef2)
     if (first->key.device != second->key.device)
         return diffVolErr;
     return first->key.inode == second->key.inode && first->generation == second->generation ? noErr
-                                                                                               : errFSRefsDifferent;
+                                                                                            : errFSRefsDifferent;
 }
 
 }  // namespace carbon

@@ -106,10 +106,9 @@ OSErr PBMakeFSRefSync(FSRefParam* ioParamBlock)
 {
     if (ioParamBlock == nullptr)
         return paramErr;
-    OSErr status = ioParamBlock->newRef == nullptr
-                       ? OSErr(paramErr)
-                       : MakeFromIDs(ioParamBlock->ioVRefNum, ioParamBlock->ioDirID, ioParamBlock->ioNamePtr,
-                                     ioParamBlock->newRef);
+    OSErr status = ioParamBlock->newRef == nullptr ? OSErr(paramErr)
+                                                   : MakeFromIDs(ioParamBlock->ioVRefNum, ioParamBlock->ioDirID,
+                                                                 ioParamBlock->ioNamePtr, ioParamBlock->newRef);
     ioParamBlock->ioResult = status;
     return status;
 }

@@ -26,9 +26,11 @@ UInt32 Clamp32(UInt64 inValue) { return UInt32(std::min<UInt64>(inValue, std::nu
 
 void FillDates(const VolumeRecord& inVolume, FSVolumeInfoBitmap inWhichInfo, FSVolumeInfo& outInfo)
 {
-    struct statx root{};
+    struct statx root {};
     bool known = !inVolume.mountPoint.empty() && StatusAt(AT_FDCWD, inVolume.mountPoint.c_str(), root);
-    auto date = [&](const statx_timestamp& inTime) { return known ? UTCDateTimeOf(inTime.tv_sec, inTime.tv_nsec) : UTCDateTime{}; };
+    auto date = [&](const statx_timestamp& inTime) {
+        return known ? UTCDateTimeOf(inTime.tv_sec, inTime.tv_nsec) : UTCDateTime{};
+    };
     if (inWhichInfo & kFSVolInfoCreateDate)
         outInfo.createDate = date(root.stx_mask & STATX_BTIME ? root.stx_btime : root.stx_mtime);
     if (inWhichInfo & kFSVolInfoModDate)
@@ -43,7 +45,8 @@ void FillDates(const VolumeRecord& inVolume, FSVolumeInfoBitmap inWhichInfo, FSV
 // image attached read-only. Volumes without one (tmpfs, network shares) are not.
 bool MediaIsReadOnly(dev_t inDevice)
 {
-    std::string path = "/sys/dev/block/" + std::to_string(major(inDevice)) + ":" + std::to_string(minor(inDevice)) + "/ro";
+    std::string path = "/sys/dev/block/" + std::to_string(major(inDevice)) + ":" + std::to_string(minor(inDevice)) +
+                       "/ro";
     char flag = '0';
     port::UniqueDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
     return file && ::read(file.Get(), &flag, 1) == 1 && flag == '1';
@@ -59,7 +62,7 @@ UInt16 LockOf(dev_t inDevice)
 
 void FillSpace(const VolumeRecord& inVolume, FSVolumeInfoBitmap inWhichInfo, FSVolumeInfo& outInfo)
 {
-    struct statvfs space{};
+    struct statvfs space {};
     if (!inVolume.mountPoint.empty())
         ::statvfs(inVolume.mountPoint.c_str(), &space);
     UInt64 block = space.f_frsize ? space.f_frsize : space.f_bsize;
@@ -80,7 +83,7 @@ void FillSpace(const VolumeRecord& inVolume, FSVolumeInfoBitmap inWhichInfo, FSV
 // file-system ID, the high half as the signature.
 void FillFileSystem(const VolumeRecord& inVolume, FSVolumeInfo& outInfo)
 {
-    struct statfs status{};
+    struct statfs status {};
     if (!inVolume.mountPoint.empty())
         ::statfs(inVolume.mountPoint.c_str(), &status);
     auto magic = UInt32(status.f_type);

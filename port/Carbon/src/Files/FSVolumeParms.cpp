@@ -56,10 +56,10 @@ GetVolParmsInfoBuffer ParmsOf(const struct statfs& inStatus)
     GetVolParmsInfoBuffer parms{};
     parms.vMVersion = 3;
     parms.vMAttrib = Bits({bHasExtFSVol, bNoBootBlks, bHasFileIDs, bHasCopyFile, bHasMoveRename, bHasFolderLock});
-    parms.vMExtendedAttributes =
-        Bits({bSupportsHFSPlusAPIs, bSupportsLongNames, bSupportsMultiScriptNames, bSupports2TBFiles,
-              bSupportsSymbolicLinks, bIsCasePreserving}) |
-        (foldsCase ? 0 : Bits({bIsCaseSensitive})) | (exchanges ? Bits({bSupportsFSExchangeObjects}) : 0);
+    parms.vMExtendedAttributes = Bits({bSupportsHFSPlusAPIs, bSupportsLongNames, bSupportsMultiScriptNames,
+                                       bSupports2TBFiles, bSupportsSymbolicLinks, bIsCasePreserving}) |
+                                 (foldsCase ? 0 : Bits({bIsCaseSensitive})) |
+                                 (exchanges ? Bits({bSupportsFSExchangeObjects}) : 0);
     parms.vMMaxNameLength = UniCharCount(inStatus.f_namelen);
     return parms;
 }

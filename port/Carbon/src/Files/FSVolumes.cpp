@@ -21,9 +21,9 @@ namespace {
 // Kernel interfaces and bookkeeping mounts: nobody stores files on them, so they are not
 // offered as volumes when volumes are listed. Their items still work by reference.
 constexpr std::string_view kPseudoFileSystems[] = {
-    "proc",  "sysfs",   "cgroup",    "cgroup2",  "devpts",  "devtmpfs",    "securityfs",
-    "debugfs", "tracefs", "pstore",  "bpf",      "mqueue",  "hugetlbfs",   "configfs",
-    "fusectl", "binfmt_misc", "autofs", "efivarfs", "nsfs", "rpc_pipefs",
+    "proc",    "sysfs",       "cgroup", "cgroup2",  "devpts", "devtmpfs",   "securityfs",
+    "debugfs", "tracefs",     "pstore", "bpf",      "mqueue", "hugetlbfs",  "configfs",
+    "fusectl", "binfmt_misc", "autofs", "efivarfs", "nsfs",   "rpc_pipefs",
 };
 
 bool IsPseudo(const port::Mount& inMount)
@@ -123,7 +123,9 @@ private:
         for (const port::Mount& mount : *mMounts) {
             if (mount.device != inDevice)
                 continue;
-            auto rank = [](const port::Mount& inMount) { return std::pair(inMount.root != "/", inMount.mountPoint.size()); };
+            auto rank = [](const port::Mount& inMount) {
+                return std::pair(inMount.root != "/", inMount.mountPoint.size());
+            };
             if (best == nullptr || rank(mount) < rank(*best))
                 best = &mount;
         }
@@ -152,8 +154,8 @@ private:
 
 VolumeTable& Table()
 {
-    static VolumeTable table;
-    return table;
+    static VolumeTable sTable;
+    return sTable;
 }
 
 }  // namespace

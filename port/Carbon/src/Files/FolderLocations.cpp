@@ -88,7 +88,7 @@ std::string UserFolder(std::string_view inKey, std::string_view inDefault, const
 }
 
 std::optional<FolderLocation> PersonalFolder(const std::string& inHome, std::string_view inKey,
-                                            std::string_view inDefault)
+                                             std::string_view inDefault)
 {
     if (inHome.empty())
         return std::nullopt;

@@ -1,4 +1,4 @@
-// A value that can be reached only while its mutex is held. Lock() answers a handle that
+// A value that can be reached only while its mutex is held. Locked() answers a handle that
 // holds the mutex for as long as it lives, so "take the lock first" is a rule of the type
 // rather than of the comments, and a caller cannot keep a pointer into the value past it.
 #pragma once
@@ -11,14 +11,14 @@ namespace carbon {
 template <class T>
 class Guarded {
 public:
-    class Locked {
+    class Access {
     public:
         T* operator->() const { return mValue; }
         T& operator*() const { return *mValue; }
 
     private:
         friend Guarded;
-        Locked(std::mutex& inMutex, T& inValue) : mGuard(inMutex), mValue(&inValue) {}
+        Access(std::mutex& inMutex, T& inValue) : mGuard(inMutex), mValue(&inValue) {}
 
         std::unique_lock<std::mutex> mGuard;
         T* mValue;
@@ -31,10 +31,10 @@ public:
     Guarded(const Guarded&) = delete;
     Guarded& operator=(const Guarded&) = delete;
 
-    Locked Lock() { return Locked(mMutex, mValue); }
+    Access Locked() { return Access(mLock, mValue); }
 
 private:
-    std::mutex mMutex;
+    std::mutex mLock;
     T mValue;
 };
 

@@ -1,7 +1,6 @@
 // Reading a bundle's information dictionary for Launch Services.
 #include "LaunchServicesBundle.h"
 
-
 #include <CoreFoundation/CFBundle.h>
 #include <CoreFoundation/CFNumber.h>
 #include <CoreFoundation/CFRuntime.h>

@@ -7,10 +7,10 @@
 namespace carbon::ls {
 
 struct BundleFacts {
-    bool isApplication = true;   // it declares no package type, or 'APPL'
-    bool backgroundOnly = false; // LSBackgroundOnly: it has no user interface
-    std::string executable;      // Contents/MacOS/<CFBundleExecutable>; empty when undeclared
-    std::string name;            // CFBundleName, localised; empty when undeclared
+    bool isApplication = true;    // it declares no package type, or 'APPL'
+    bool backgroundOnly = false;  // LSBackgroundOnly: it has no user interface
+    std::string executable;       // Contents/MacOS/<CFBundleExecutable>; empty when undeclared
+    std::string name;             // CFBundleName, localised; empty when undeclared
 };
 
 // Whether a folder is a bundle that Launch Services opens as one: it has Contents/Info.plist.

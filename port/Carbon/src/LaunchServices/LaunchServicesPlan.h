@@ -20,7 +20,7 @@ struct LaunchPlan {
     std::vector<std::string> arguments;  // after argv[0]
     std::string application;             // what the launched URL names: bundle, program or opener
     bool applicationIsFolder = false;
-    bool singleInstance = false;         // an application, which runs once unless asked otherwise
+    bool singleInstance = false;  // an application, which runs once unless asked otherwise
 };
 
 // paramErr for NULL or a relative URL with no base; fnfErr for a path too long to name a file.

@@ -29,7 +29,7 @@ UInt64 AvailableBytes()
         if (found)
             return UInt64(kilobytes) * 1024;
     }
-    struct sysinfo info{};
+    struct sysinfo info {};
     return ::sysinfo(&info) == 0 ? UInt64(info.freeram) * info.mem_unit : 0;
 }
 

@@ -60,7 +60,8 @@ void Serviced()
 
 std::string UTF8(CFStringRef inString)
 {
-    std::string text(size_t(CFStringGetMaximumSizeForEncoding(CFStringGetLength(inString), kCFStringEncodingUTF8)) + 1, '\0');
+    std::string text(size_t(CFStringGetMaximumSizeForEncoding(CFStringGetLength(inString), kCFStringEncodingUTF8)) + 1,
+                     '\0');
     if (!CFStringGetCString(inString, text.data(), CFIndex(text.size()), kCFStringEncodingUTF8))
         return {};
     text.resize(std::char_traits<char>::length(text.c_str()));

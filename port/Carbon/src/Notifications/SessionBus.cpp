@@ -83,8 +83,8 @@ std::unique_ptr<SessionBus> SessionBus::Open(Listener inListener, OSErr& outStat
     }
     std::unique_ptr<SessionBus> session(new SessionBus(OwnedBus(bus), inListener));
     sd_bus_slot* match = nullptr;
-    if (sd_bus_match_signal(bus, &match, nullptr, kPath, kInterface, "NotificationClosed", Closed, session.get()) < 0
-        || !session->Watch()) {
+    if (sd_bus_match_signal(bus, &match, nullptr, kPath, kInterface, "NotificationClosed", Closed, session.get()) < 0 ||
+        !session->Watch()) {
         outStatus = notOpenErr;
         sd_bus_slot_unref(match);
         return nullptr;
@@ -176,7 +176,10 @@ void SessionBus::Service()
     mListener.serviced();
 }
 
-void SessionBus::Readable(CFFileDescriptorRef, CFOptionFlags, void* inInfo) { static_cast<SessionBus*>(inInfo)->Service(); }
+void SessionBus::Readable(CFFileDescriptorRef, CFOptionFlags, void* inInfo)
+{
+    static_cast<SessionBus*>(inInfo)->Service();
+}
 
 void SessionBus::Perform(void* inInfo) { static_cast<SessionBus*>(inInfo)->Service(); }
 

@@ -59,8 +59,8 @@ std::optional<OSType> CodeOf(CFTypeRef inValue)
     if (!CFStringGetCString(static_cast<CFStringRef>(inValue), text, sizeof text, kCFStringEncodingMacRoman) ||
         std::strlen(text) != 4)
         return std::nullopt;
-    return FourCharCode(UInt8(text[0])) << 24 | FourCharCode(UInt8(text[1])) << 16 |
-           FourCharCode(UInt8(text[2])) << 8 | FourCharCode(UInt8(text[3]));
+    return FourCharCode(UInt8(text[0])) << 24 | FourCharCode(UInt8(text[1])) << 16 | FourCharCode(UInt8(text[2])) << 8 |
+           FourCharCode(UInt8(text[3]));
 }
 
 }  // namespace

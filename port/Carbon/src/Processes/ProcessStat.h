@@ -15,11 +15,11 @@ struct ProcessStat {
     pid_t pid = 0;
     pid_t parent = 0;
     pid_t processGroup = 0;
-    UInt64 userTicks = 0;    // clock ticks (sysconf(_SC_CLK_TCK)) of processor time
+    UInt64 userTicks = 0;  // clock ticks (sysconf(_SC_CLK_TCK)) of processor time
     UInt64 systemTicks = 0;
-    UInt64 startTicks = 0;   // clock ticks after boot at which the process started
+    UInt64 startTicks = 0;  // clock ticks after boot at which the process started
     UInt64 residentPages = 0;
-    std::string command;     // the kernel's short name, at most 15 bytes
+    std::string command;  // the kernel's short name, at most 15 bytes
 };
 
 // Nothing for a process that does not exist, has ended (a zombie waiting for its parent

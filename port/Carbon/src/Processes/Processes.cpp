@@ -20,7 +20,10 @@ namespace {
 constexpr UInt32 kSmallestInfoLength = 60;  // the record as callers of the 32-bit platform size it
 constexpr std::size_t kLongestProcessName = 31;
 
-bool IsNoProcess(const ProcessSerialNumber& inPSN) { return inPSN.highLongOfPSN == 0 && inPSN.lowLongOfPSN == kNoProcess; }
+bool IsNoProcess(const ProcessSerialNumber& inPSN)
+{
+    return inPSN.highLongOfPSN == 0 && inPSN.lowLongOfPSN == kNoProcess;
+}
 
 // A walk over the process list reads /proc once, not once per step: the ids stay cached for
 // the calling thread for a short while, and a walk from kNoProcess, or from a process the

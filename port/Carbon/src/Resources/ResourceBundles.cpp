@@ -33,8 +33,8 @@ port::Owned<CFURLRef> MainFileURL(CFBundleRef inBundle)
     port::Owned<CFURLRef> folder(CFBundleCopyResourcesDirectoryURL(inBundle));
     if (!folder)
         return {};
-    port::Owned<CFURLRef> file(CFURLCreateCopyAppendingPathComponent(nullptr, folder.Get(),
-                                                               static_cast<CFStringRef>(executable), false));
+    port::Owned<CFURLRef> file(
+        CFURLCreateCopyAppendingPathComponent(nullptr, folder.Get(), static_cast<CFStringRef>(executable), false));
     if (!file)
         return {};
     return port::Owned<CFURLRef>(CFURLCreateCopyAppendingPathExtension(nullptr, file.Get(), CFSTR("rsrc")));

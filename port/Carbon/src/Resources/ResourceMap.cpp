@@ -132,8 +132,7 @@ std::optional<ResourceEntry> ReadReference(const Reader& inReader, const Layout&
 
 // Reference lists of different types may overlap in a forged map; inBudget (what the map
 // could hold without overlap) keeps such a map from making the list far larger than the file.
-std::optional<ResourceTypeEntry> ReadType(const Reader& inReader, const Layout& inLayout, UInt64 inAt,
-                                          UInt64& ioBudget)
+std::optional<ResourceTypeEntry> ReadType(const Reader& inReader, const Layout& inLayout, UInt64 inAt, UInt64& ioBudget)
 {
     auto type = inReader.Read(inLayout.map, inAt, 4);
     auto count = StoredCount(inReader.Read(inLayout.map, inAt + 4, 2));
@@ -144,7 +143,8 @@ std::optional<ResourceTypeEntry> ReadType(const Reader& inReader, const Layout& 
     ResourceTypeEntry entry{*type, {}};
     entry.resources.reserve(std::size_t(*count));
     for (SInt32 i = 0; i < *count; ++i) {
-        auto reference = ReadReference(inReader, inLayout, inLayout.typeList + *references + UInt64(i) * kReferenceSize);
+        auto reference = ReadReference(inReader, inLayout,
+                                       inLayout.typeList + *references + UInt64(i) * kReferenceSize);
         if (!reference)
             return std::nullopt;
         entry.resources.push_back(*reference);

@@ -176,12 +176,16 @@ bool IsScript(ScriptCode inScript) { return inScript >= smRoman && inScript <= s
 
 TextEncoding CreateTextEncoding(TextEncodingBase inBase, TextEncodingVariant inVariant, TextEncodingFormat inFormat)
 {
-    return (inBase & kBaseMask) | ((inVariant & kVariantMask) << kVariantShift) | ((inFormat & kFormatMask) << kFormatShift);
+    return (inBase & kBaseMask) | ((inVariant & kVariantMask) << kVariantShift) |
+           ((inFormat & kFormatMask) << kFormatShift);
 }
 
 TextEncodingBase GetTextEncodingBase(TextEncoding inEncoding) { return inEncoding & kBaseMask; }
 
-TextEncodingVariant GetTextEncodingVariant(TextEncoding inEncoding) { return (inEncoding >> kVariantShift) & kVariantMask; }
+TextEncodingVariant GetTextEncodingVariant(TextEncoding inEncoding)
+{
+    return (inEncoding >> kVariantShift) & kVariantMask;
+}
 
 TextEncodingFormat GetTextEncodingFormat(TextEncoding inEncoding) { return (inEncoding >> kFormatShift) & kFormatMask; }
 

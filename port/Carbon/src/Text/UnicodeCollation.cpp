@@ -16,10 +16,10 @@
 
 namespace {
 
-constexpr UCCollateOptions kKnownOptions =
-    kUCCollateComposeInsensitiveMask | kUCCollateWidthInsensitiveMask | kUCCollateCaseInsensitiveMask |
-    kUCCollateDiacritInsensitiveMask | kUCCollatePunctuationSignificantMask | kUCCollateDigitsOverrideMask |
-    kUCCollateDigitsAsNumberMask | kUCCollateTypeMask;
+constexpr UCCollateOptions kKnownOptions = kUCCollateComposeInsensitiveMask | kUCCollateWidthInsensitiveMask |
+                                           kUCCollateCaseInsensitiveMask | kUCCollateDiacritInsensitiveMask |
+                                           kUCCollatePunctuationSignificantMask | kUCCollateDigitsOverrideMask |
+                                           kUCCollateDigitsAsNumberMask | kUCCollateTypeMask;
 
 struct CollatorClose {
     void operator()(UCollator* inCollator) const { ucol_close(inCollator); }
@@ -81,8 +81,8 @@ std::u16string Folded(UCCollateOptions inOptions, const UniChar* inText, UniChar
 SInt32 Compare(const UCollator* inCollator, UCCollateOptions inOptions, const std::u16string& inLeft,
                const std::u16string& inRight)
 {
-    UCollationResult result =
-        ucol_strcoll(inCollator, inLeft.data(), int32_t(inLeft.size()), inRight.data(), int32_t(inRight.size()));
+    UCollationResult result = ucol_strcoll(inCollator, inLeft.data(), int32_t(inLeft.size()), inRight.data(),
+                                           int32_t(inRight.size()));
     if (result != UCOL_EQUAL)
         return result == UCOL_LESS ? -1 : 1;
     // The collator always equates a precomposed character with its decomposed form; when

@@ -104,17 +104,17 @@ std::unique_ptr<X11Window> X11Window::Create(const Rect& inBounds, Style inStyle
     // X has no empty windows; an empty rectangle still keeps its record's bounds.
     UInt16 width = UInt16(std::max(inBounds.right - inBounds.left, 1));
     UInt16 height = UInt16(std::max(inBounds.bottom - inBounds.top, 1));
-    xcb_void_cookie_t made =
-        xcb_create_window_checked(connection, XCB_COPY_FROM_PARENT, window, screen.root, inBounds.left, inBounds.top,
-                                  width, height, 0, XCB_WINDOW_CLASS_INPUT_OUTPUT, screen.root_visual, mask, values);
+    xcb_void_cookie_t made = xcb_create_window_checked(connection, XCB_COPY_FROM_PARENT, window, screen.root,
+                                                       inBounds.left, inBounds.top, width, height, 0,
+                                                       XCB_WINDOW_CLASS_INPUT_OUTPUT, screen.root_visual, mask, values);
     if (xcb_generic_error_t* error = xcb_request_check(connection, made)) {
         std::free(error);
         outOutcome = Outcome::Refused;
         return nullptr;
     }
     if (inStyle.ignoresClicks && display->HasShape())
-        xcb_shape_rectangles(connection, XCB_SHAPE_SO_SET, XCB_SHAPE_SK_INPUT, XCB_CLIP_ORDERING_UNSORTED, window, 0,
-                             0, 0, nullptr);
+        xcb_shape_rectangles(connection, XCB_SHAPE_SO_SET, XCB_SHAPE_SK_INPUT, XCB_CLIP_ORDERING_UNSORTED, window, 0, 0,
+                             0, nullptr);
     xcb_flush(connection);
     outOutcome = Outcome::Created;
     return std::unique_ptr<X11Window>(new X11Window(std::move(display), window));

@@ -27,7 +27,8 @@ CFTypeID CFArrayGetTypeID();
 CFArrayRef CFArrayCreate(CFAllocatorRef inAllocator, const void** inValues, CFIndex inCount,
                          const CFArrayCallBacks* inCallBacks);
 CFArrayRef CFArrayCreateCopy(CFAllocatorRef inAllocator, CFArrayRef inArray);
-CFMutableArrayRef CFArrayCreateMutable(CFAllocatorRef inAllocator, CFIndex inCapacity, const CFArrayCallBacks* inCallBacks);
+CFMutableArrayRef CFArrayCreateMutable(CFAllocatorRef inAllocator, CFIndex inCapacity,
+                                       const CFArrayCallBacks* inCallBacks);
 CFMutableArrayRef CFArrayCreateMutableCopy(CFAllocatorRef inAllocator, CFIndex inCapacity, CFArrayRef inArray);
 
 CFIndex CFArrayGetCount(CFArrayRef inArray);
@@ -38,8 +39,8 @@ void CFArrayGetValues(CFArrayRef inArray, CFRange inRange, const void** outValue
 void CFArrayApplyFunction(CFArrayRef inArray, CFRange inRange, CFArrayApplierFunction inApplier, void* inContext);
 CFIndex CFArrayGetFirstIndexOfValue(CFArrayRef inArray, CFRange inRange, const void* inValue);
 CFIndex CFArrayGetLastIndexOfValue(CFArrayRef inArray, CFRange inRange, const void* inValue);
-CFIndex CFArrayBSearchValues(CFArrayRef inArray, CFRange inRange, const void* inValue, CFComparatorFunction inComparator,
-                             void* inContext);
+CFIndex CFArrayBSearchValues(CFArrayRef inArray, CFRange inRange, const void* inValue,
+                             CFComparatorFunction inComparator, void* inContext);
 
 void CFArrayAppendValue(CFMutableArrayRef inArray, const void* inValue);
 void CFArrayInsertValueAtIndex(CFMutableArrayRef inArray, CFIndex inIndex, const void* inValue);

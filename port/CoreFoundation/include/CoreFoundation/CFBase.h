@@ -54,10 +54,10 @@ struct CFAllocatorContext {
     CFAllocatorPreferredSizeCallBack preferredSize;
 };
 
-extern const CFAllocatorRef kCFAllocatorDefault;        // NULL: "the current default"
+extern const CFAllocatorRef kCFAllocatorDefault;  // NULL: "the current default"
 extern const CFAllocatorRef kCFAllocatorSystemDefault;
 extern const CFAllocatorRef kCFAllocatorMalloc;
-extern const CFAllocatorRef kCFAllocatorNull;           // allocates nothing, frees nothing
+extern const CFAllocatorRef kCFAllocatorNull;  // allocates nothing, frees nothing
 
 CFTypeID CFAllocatorGetTypeID();
 CFAllocatorRef CFAllocatorGetDefault();

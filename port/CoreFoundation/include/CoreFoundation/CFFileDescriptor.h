@@ -15,7 +15,8 @@ enum : CFOptionFlags {
     kCFFileDescriptorWriteCallBack = 1UL << 1,
 };
 
-using CFFileDescriptorCallBack = void (*)(CFFileDescriptorRef inDescriptor, CFOptionFlags inCallBackTypes, void* inInfo);
+using CFFileDescriptorCallBack = void (*)(CFFileDescriptorRef inDescriptor, CFOptionFlags inCallBackTypes,
+                                          void* inInfo);
 
 struct CFFileDescriptorContext {
     CFIndex version;

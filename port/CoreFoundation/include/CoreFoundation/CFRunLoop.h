@@ -72,7 +72,8 @@ struct CFRunLoopSourceContext {
 
 CFTypeID CFRunLoopSourceGetTypeID();
 // Only version 0 is supported; any other version answers NULL.
-CFRunLoopSourceRef CFRunLoopSourceCreate(CFAllocatorRef inAllocator, CFIndex inOrder, CFRunLoopSourceContext* inContext);
+CFRunLoopSourceRef CFRunLoopSourceCreate(CFAllocatorRef inAllocator, CFIndex inOrder,
+                                         CFRunLoopSourceContext* inContext);
 CFIndex CFRunLoopSourceGetOrder(CFRunLoopSourceRef inSource);
 void CFRunLoopSourceGetContext(CFRunLoopSourceRef inSource, CFRunLoopSourceContext* outContext);
 // Removes the source from every run loop; it never fires again.
@@ -95,9 +96,9 @@ CFTypeID CFRunLoopTimerGetTypeID();
 // A timer with an interval of 0 or less fires once and is then invalidated. A repeating
 // timer keeps to the grid of its first fire date: after a late or missed firing the next
 // one is the first slot of that grid still in the future.
-CFRunLoopTimerRef CFRunLoopTimerCreate(CFAllocatorRef inAllocator, CFAbsoluteTime inFireDate,
-                                       CFTimeInterval inInterval, CFOptionFlags inFlags, CFIndex inOrder,
-                                       CFRunLoopTimerCallBack inCallout, CFRunLoopTimerContext* inContext);
+CFRunLoopTimerRef CFRunLoopTimerCreate(CFAllocatorRef inAllocator, CFAbsoluteTime inFireDate, CFTimeInterval inInterval,
+                                       CFOptionFlags inFlags, CFIndex inOrder, CFRunLoopTimerCallBack inCallout,
+                                       CFRunLoopTimerContext* inContext);
 CFAbsoluteTime CFRunLoopTimerGetNextFireDate(CFRunLoopTimerRef inTimer);
 void CFRunLoopTimerSetNextFireDate(CFRunLoopTimerRef inTimer, CFAbsoluteTime inFireDate);
 CFTimeInterval CFRunLoopTimerGetInterval(CFRunLoopTimerRef inTimer);

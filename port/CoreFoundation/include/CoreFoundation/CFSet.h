@@ -27,7 +27,8 @@ extern const CFSetCallBacks kCFCopyStringSetCallBacks;
 
 CFTypeID CFSetGetTypeID();
 
-CFSetRef CFSetCreate(CFAllocatorRef inAllocator, const void** inValues, CFIndex inCount, const CFSetCallBacks* inCallBacks);
+CFSetRef CFSetCreate(CFAllocatorRef inAllocator, const void** inValues, CFIndex inCount,
+                     const CFSetCallBacks* inCallBacks);
 CFSetRef CFSetCreateCopy(CFAllocatorRef inAllocator, CFSetRef inSet);
 CFMutableSetRef CFSetCreateMutable(CFAllocatorRef inAllocator, CFIndex inCapacity, const CFSetCallBacks* inCallBacks);
 CFMutableSetRef CFSetCreateMutableCopy(CFAllocatorRef inAllocator, CFIndex inCapacity, CFSetRef inSet);

@@ -68,7 +68,7 @@ CFStringRef CFStringCreateWithCharacters(CFAllocatorRef inAllocator, const UniCh
 // The string owns inChars from then on and frees them with inContentsDeallocator when it goes
 // (NULL: the default allocator; kCFAllocatorNull: never). If creation fails the caller keeps them.
 CFStringRef CFStringCreateWithCharactersNoCopy(CFAllocatorRef inAllocator, const UniChar* inChars, CFIndex inNumChars,
-                                              CFAllocatorRef inContentsDeallocator);
+                                               CFAllocatorRef inContentsDeallocator);
 // The bytes of the whole string in an encoding, with a byte-order mark for UTF-16 and UTF-32;
 // NULL when a character cannot be converted and inLossByte is 0.
 CFDataRef CFStringCreateExternalRepresentation(CFAllocatorRef inAllocator, CFStringRef inString,
@@ -77,7 +77,8 @@ CFStringRef CFStringCreateFromExternalRepresentation(CFAllocatorRef inAllocator,
                                                      CFStringEncoding inEncoding);
 CFStringRef CFStringCreateCopy(CFAllocatorRef inAllocator, CFStringRef inString);
 CFStringRef CFStringCreateWithSubstring(CFAllocatorRef inAllocator, CFStringRef inString, CFRange inRange);
-CFStringRef CFStringCreateWithFormat(CFAllocatorRef inAllocator, CFDictionaryRef inFormatOptions, CFStringRef inFormat, ...);
+CFStringRef CFStringCreateWithFormat(CFAllocatorRef inAllocator, CFDictionaryRef inFormatOptions, CFStringRef inFormat,
+                                     ...);
 CFStringRef CFStringCreateWithFormatAndArguments(CFAllocatorRef inAllocator, CFDictionaryRef inFormatOptions,
                                                  CFStringRef inFormat, va_list inArguments);
 CFMutableStringRef CFStringCreateMutable(CFAllocatorRef inAllocator, CFIndex inMaxLength);
@@ -143,8 +144,8 @@ void CFStringAppendCString(CFMutableStringRef inString, const char* inCString, C
 void CFStringAppendCharacters(CFMutableStringRef inString, const UniChar* inChars, CFIndex inNumChars);
 void CFStringAppendPascalString(CFMutableStringRef inString, ConstStr255Param inPString, CFStringEncoding inEncoding);
 void CFStringAppendFormat(CFMutableStringRef inString, CFDictionaryRef inFormatOptions, CFStringRef inFormat, ...);
-void CFStringAppendFormatAndArguments(CFMutableStringRef inString, CFDictionaryRef inFormatOptions, CFStringRef inFormat,
-                                      va_list inArguments);
+void CFStringAppendFormatAndArguments(CFMutableStringRef inString, CFDictionaryRef inFormatOptions,
+                                      CFStringRef inFormat, va_list inArguments);
 
 // Changing a mutable string. Each stops the process when given an immutable string or a
 // range or index outside the string.
@@ -155,8 +156,8 @@ void CFStringReplaceAll(CFMutableStringRef inString, CFStringRef inReplacement);
 // Truncates to inLength, or lengthens to it with inPadString repeated from inPadIndex on.
 void CFStringPad(CFMutableStringRef inString, CFStringRef inPadString, CFIndex inLength, CFIndex inPadIndex);
 // Replaces every occurrence within inRange (see CFStringCreateArrayWithFindResults); answers how many.
-CFIndex CFStringFindAndReplace(CFMutableStringRef inString, CFStringRef inFind, CFStringRef inReplacement, CFRange inRange,
-                               CFStringCompareFlags inOptions);
+CFIndex CFStringFindAndReplace(CFMutableStringRef inString, CFStringRef inFind, CFStringRef inReplacement,
+                               CFRange inRange, CFStringCompareFlags inOptions);
 void CFStringTrimWhitespace(CFMutableStringRef inString);
 void CFStringUppercase(CFMutableStringRef inString, CFLocaleRef inLocale);
 void CFStringLowercase(CFMutableStringRef inString, CFLocaleRef inLocale);

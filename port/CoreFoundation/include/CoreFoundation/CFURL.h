@@ -11,7 +11,7 @@ using CFURLRef = const struct __CFURL*;
 
 enum CFURLPathStyle : CFIndex {
     kCFURLPOSIXPathStyle = 0,
-    kCFURLHFSPathStyle = 1,    // "Volume:folder:file"
+    kCFURLHFSPathStyle = 1,  // "Volume:folder:file"
     kCFURLWindowsPathStyle = 2,
 };
 
@@ -27,7 +27,8 @@ CFURLRef CFURLCreateWithBytes(CFAllocatorRef inAllocator, const UInt8* inURLByte
 // Resolved against the base at once. In compatibility mode the text is taken as it is,
 // spaces and stray '%' included.
 CFURLRef CFURLCreateAbsoluteURLWithBytes(CFAllocatorRef inAllocator, const UInt8* inRelativeURLBytes, CFIndex inLength,
-                                         CFStringEncoding inEncoding, CFURLRef inBaseURL, Boolean inUseCompatibilityMode);
+                                         CFStringEncoding inEncoding, CFURLRef inBaseURL,
+                                         Boolean inUseCompatibilityMode);
 // The URL's own string (not resolved) in inEncoding; whitespace as percent escapes if asked.
 CFDataRef CFURLCreateData(CFAllocatorRef inAllocator, CFURLRef inURL, CFStringEncoding inEncoding,
                           Boolean inEscapeWhitespace);

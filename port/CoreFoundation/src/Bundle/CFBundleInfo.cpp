@@ -76,11 +76,20 @@ private:
     bool Stage(UInt32& outStage, UInt32& outRelease)
     {
         switch (mRest.front()) {
-        case 'd': outStage = 0x20; break;
-        case 'a': outStage = 0x40; break;
-        case 'b': outStage = 0x60; break;
-        case 'f': outStage = 0x80; break;
-        default: return false;
+        case 'd':
+            outStage = 0x20;
+            break;
+        case 'a':
+            outStage = 0x40;
+            break;
+        case 'b':
+            outStage = 0x60;
+            break;
+        case 'f':
+            outStage = 0x80;
+            break;
+        default:
+            return false;
         }
         Advance(1);
         if (outStage == 0x80)

@@ -12,10 +12,22 @@ namespace {
 
 // The names that .lproj folders had before language codes were used for them.
 constexpr std::array<std::pair<std::string_view, std::string_view>, 16> kOldNames{{
-    {"Danish", "da"},     {"Dutch", "nl"},    {"English", "en"},  {"Finnish", "fi"},
-    {"French", "fr"},     {"German", "de"},   {"Italian", "it"},  {"Japanese", "ja"},
-    {"Korean", "ko"},     {"Norwegian", "nb"}, {"Polish", "pl"},  {"Portuguese", "pt"},
-    {"Russian", "ru"},    {"Spanish", "es"},  {"Swedish", "sv"},  {"Turkish", "tr"},
+    {"Danish", "da"},
+    {"Dutch", "nl"},
+    {"English", "en"},
+    {"Finnish", "fi"},
+    {"French", "fr"},
+    {"German", "de"},
+    {"Italian", "it"},
+    {"Japanese", "ja"},
+    {"Korean", "ko"},
+    {"Norwegian", "nb"},
+    {"Polish", "pl"},
+    {"Portuguese", "pt"},
+    {"Russian", "ru"},
+    {"Spanish", "es"},
+    {"Swedish", "sv"},
+    {"Turkish", "tr"},
 }};
 
 // ASCII only, whatever the C library's locale.

@@ -99,12 +99,8 @@ const char* LayoutName(__CFBundle::Layout inLayout)
 }  // namespace
 
 __CFBundle::__CFBundle(Parts inParts, Lifetime inLifetime)
-    : Object(cf::kTypeIDBundle, inLifetime),
-      mPath(std::move(inParts.path)),
-      mLayout(inParts.layout),
-      mURL(inParts.url),
-      mInfo(inParts.info),
-      mProgram(std::move(inParts.program))
+    : Object(cf::kTypeIDBundle, inLifetime), mPath(std::move(inParts.path)), mLayout(inParts.layout), mURL(inParts.url),
+      mInfo(inParts.info), mProgram(std::move(inParts.program))
 {
 }
 

@@ -130,9 +130,11 @@ void MakeRoom(__CFArray& ioArray, const char* inCall, CFIndex inNewCount, CFInde
         cf::OutOfMemory(inCall);
 }
 
-void ReplaceChecked(__CFArray& ioArray, const char* inCall, CFRange inRange, const void* const* inValues, CFIndex inCount)
+void ReplaceChecked(__CFArray& ioArray, const char* inCall, CFRange inRange, const void* const* inValues,
+                    CFIndex inCount)
 {
-    MakeRoom(ioArray, inCall, ioArray.mCount - inRange.length + inCount, ioArray.ReplaceStorage(inRange.length, inCount));
+    MakeRoom(ioArray, inCall, ioArray.mCount - inRange.length + inCount,
+             ioArray.ReplaceStorage(inRange.length, inCount));
     ioArray.Replace(inRange, inValues, inCount);
 }
 
@@ -181,7 +183,7 @@ void MergeSort(std::span<const void*> ioValues, const void** inScratch, CFCompar
     std::size_t left = 0, right = half, out = 0;
     while (left < half && right < count)
         ioValues[out++] = Less(inComparator, inContext, ioValues[right], inScratch[left]) ? ioValues[right++]
-                                                                                           : inScratch[left++];
+                                                                                          : inScratch[left++];
     while (left < half)
         ioValues[out++] = inScratch[left++];
 }
@@ -197,8 +199,7 @@ CFArrayRef CFArrayCreate(CFAllocatorRef inAllocator, const void** inValues, CFIn
                          const CFArrayCallBacks* inCallBacks)
 {
     cf::CheckValues("CFArrayCreate", inValues, inCount);
-    return NewArray(inAllocator, cf::ElementCallBacks::From(inCallBacks), false, 0,
-                    {inValues, std::size_t(inCount)});
+    return NewArray(inAllocator, cf::ElementCallBacks::From(inCallBacks), false, 0, {inValues, std::size_t(inCount)});
 }
 
 CFArrayRef CFArrayCreateCopy(CFAllocatorRef inAllocator, CFArrayRef inArray)
@@ -207,7 +208,8 @@ CFArrayRef CFArrayCreateCopy(CFAllocatorRef inAllocator, CFArrayRef inArray)
     return NewArray(inAllocator, source.mCallBacks, false, 0, source.Values());
 }
 
-CFMutableArrayRef CFArrayCreateMutable(CFAllocatorRef inAllocator, CFIndex inCapacity, const CFArrayCallBacks* inCallBacks)
+CFMutableArrayRef CFArrayCreateMutable(CFAllocatorRef inAllocator, CFIndex inCapacity,
+                                       const CFArrayCallBacks* inCallBacks)
 {
     cf::CheckCapacity("CFArrayCreateMutable", inCapacity);
     return NewArray(inAllocator, cf::ElementCallBacks::From(inCallBacks), true, inCapacity, {});
@@ -285,8 +287,8 @@ CFIndex CFArrayGetLastIndexOfValue(CFArrayRef inArray, CFRange inRange, const vo
 // The index of the first value in the range that is not less than inValue: where it is, if
 // it is there, and otherwise where it would be inserted to keep the range sorted (the end of
 // the range when every value is less).
-CFIndex CFArrayBSearchValues(CFArrayRef inArray, CFRange inRange, const void* inValue, CFComparatorFunction inComparator,
-                             void* inContext)
+CFIndex CFArrayBSearchValues(CFArrayRef inArray, CFRange inRange, const void* inValue,
+                             CFComparatorFunction inComparator, void* inContext)
 {
     const __CFArray& array = Array(inArray, "CFArrayBSearchValues");
     cf::CheckFunction("CFArrayBSearchValues", inComparator);

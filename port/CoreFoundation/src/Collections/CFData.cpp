@@ -64,7 +64,8 @@ struct __CFData final : cf::Object {
     }
 
     __CFData(const UInt8* inBytes, CFIndex inLength, CFAllocatorRef inDeallocator)
-        : Object(cf::kTypeIDData), mMutable(false), mCapacity(0), mForeign(inBytes, inDeallocator), mForeignLength(inLength)
+        : Object(cf::kTypeIDData), mMutable(false), mCapacity(0), mForeign(inBytes, inDeallocator),
+          mForeignLength(inLength)
     {
     }
 
@@ -130,7 +131,10 @@ std::string __CFData::Describe() const
 
 namespace {
 
-const __CFData& Data(CFDataRef inData, const char* inCall) { return cf::Checked<__CFData>(inData, cf::kTypeIDData, inCall); }
+const __CFData& Data(CFDataRef inData, const char* inCall)
+{
+    return cf::Checked<__CFData>(inData, cf::kTypeIDData, inCall);
+}
 
 __CFData& MutableData(CFMutableDataRef inData, const char* inCall)
 {
@@ -143,14 +147,16 @@ __CFData& MutableData(CFMutableDataRef inData, const char* inCall)
 void CheckRange(const __CFData& inData, CFRange inRange, const char* inCall)
 {
     CFIndex length = inData.Length();
-    if (inRange.location < 0 || inRange.length < 0 || inRange.location > length || inRange.length > length - inRange.location)
+    if (inRange.location < 0 || inRange.length < 0 || inRange.location > length ||
+        inRange.length > length - inRange.location)
         cf::Fatal(inCall, "range {%ld, %ld} is outside data of length %ld", inRange.location, inRange.length, length);
 }
 
 // Bytes to add to the data; also refuses a length whose sum with the data's would overflow.
 void CheckBytes(const __CFData& inData, const UInt8* inBytes, CFIndex inLength, const char* inCall)
 {
-    if (inLength < 0 || (inBytes == nullptr && inLength > 0) || inLength > std::numeric_limits<CFIndex>::max() - inData.Length())
+    if (inLength < 0 || (inBytes == nullptr && inLength > 0) ||
+        inLength > std::numeric_limits<CFIndex>::max() - inData.Length())
         cf::Fatal(inCall, "invalid bytes (%p, %ld)", static_cast<const void*>(inBytes), inLength);
 }
 

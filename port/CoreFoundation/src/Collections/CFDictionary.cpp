@@ -139,8 +139,8 @@ __CFDictionary* NewDictionary(CFAllocatorRef inAllocator, const cf::ElementCallB
                               const cf::ElementCallBacks& inValueCallBacks, bool inMutable, CFIndex inCapacity,
                               CFIndex inCount, Source&& inSource)
 {
-    auto* dictionary =
-        cf::Create<__CFDictionary>(inAllocator, inAllocator, inKeyCallBacks, inValueCallBacks, inMutable, inCapacity);
+    auto* dictionary = cf::Create<__CFDictionary>(inAllocator, inAllocator, inKeyCallBacks, inValueCallBacks, inMutable,
+                                                  inCapacity);
     if (dictionary == nullptr)
         return nullptr;
     if (!dictionary->mTable.Reserve(std::size_t(inCount))) {
@@ -171,8 +171,8 @@ constinit const CFDictionaryKeyCallBacks kCFTypeDictionaryKeyCallBacks{
     0, cf::RetainObject, cf::ReleaseObject, CFCopyDescription, CFEqual, CFHash};
 constinit const CFDictionaryKeyCallBacks kCFCopyStringDictionaryKeyCallBacks{
     0, cf::CopyStringValue, cf::ReleaseObject, CFCopyDescription, CFEqual, CFHash};
-constinit const CFDictionaryValueCallBacks kCFTypeDictionaryValueCallBacks{
-    0, cf::RetainObject, cf::ReleaseObject, CFCopyDescription, CFEqual};
+constinit const CFDictionaryValueCallBacks kCFTypeDictionaryValueCallBacks{0, cf::RetainObject, cf::ReleaseObject,
+                                                                           CFCopyDescription, CFEqual};
 
 CFTypeID CFDictionaryGetTypeID() { return cf::kTypeIDDictionary; }
 
@@ -224,9 +224,8 @@ CFIndex CFDictionaryGetCountOfKey(CFDictionaryRef inDictionary, const void* inKe
 CFIndex CFDictionaryGetCountOfValue(CFDictionaryRef inDictionary, const void* inValue)
 {
     const __CFDictionary& dictionary = Dictionary(inDictionary, "CFDictionaryGetCountOfValue");
-    return std::ranges::count_if(dictionary.mTable, [&](const Entry& entry) {
-        return dictionary.mValueCallBacks.Equal(entry.value, inValue);
-    });
+    return std::ranges::count_if(
+        dictionary.mTable, [&](const Entry& entry) { return dictionary.mValueCallBacks.Equal(entry.value, inValue); });
 }
 
 Boolean CFDictionaryContainsKey(CFDictionaryRef inDictionary, const void* inKey)
@@ -237,9 +236,8 @@ Boolean CFDictionaryContainsKey(CFDictionaryRef inDictionary, const void* inKey)
 Boolean CFDictionaryContainsValue(CFDictionaryRef inDictionary, const void* inValue)
 {
     const __CFDictionary& dictionary = Dictionary(inDictionary, "CFDictionaryContainsValue");
-    return std::ranges::any_of(dictionary.mTable, [&](const Entry& entry) {
-        return dictionary.mValueCallBacks.Equal(entry.value, inValue);
-    });
+    return std::ranges::any_of(
+        dictionary.mTable, [&](const Entry& entry) { return dictionary.mValueCallBacks.Equal(entry.value, inValue); });
 }
 
 const void* CFDictionaryGetValue(CFDictionaryRef inDictionary, const void* inKey)

@@ -50,23 +50,33 @@ std::optional<CFNumberType> Canonical(CFNumberType inType)
 CFIndex ByteSize(CFNumberType inCanonical)
 {
     switch (inCanonical) {
-    case kCFNumberSInt8Type: return 1;
-    case kCFNumberSInt16Type: return 2;
+    case kCFNumberSInt8Type:
+        return 1;
+    case kCFNumberSInt16Type:
+        return 2;
     case kCFNumberSInt32Type:
-    case kCFNumberFloat32Type: return 4;
-    default: return 8;
+    case kCFNumberFloat32Type:
+        return 4;
+    default:
+        return 8;
     }
 }
 
 const char* TypeName(CFNumberType inCanonical)
 {
     switch (inCanonical) {
-    case kCFNumberSInt8Type: return "kCFNumberSInt8Type";
-    case kCFNumberSInt16Type: return "kCFNumberSInt16Type";
-    case kCFNumberSInt32Type: return "kCFNumberSInt32Type";
-    case kCFNumberFloat32Type: return "kCFNumberFloat32Type";
-    case kCFNumberFloat64Type: return "kCFNumberFloat64Type";
-    default: return "kCFNumberSInt64Type";
+    case kCFNumberSInt8Type:
+        return "kCFNumberSInt8Type";
+    case kCFNumberSInt16Type:
+        return "kCFNumberSInt16Type";
+    case kCFNumberSInt32Type:
+        return "kCFNumberSInt32Type";
+    case kCFNumberFloat32Type:
+        return "kCFNumberFloat32Type";
+    case kCFNumberFloat64Type:
+        return "kCFNumberFloat64Type";
+    default:
+        return "kCFNumberSInt64Type";
     }
 }
 
@@ -81,12 +91,18 @@ T Load(const void* inPtr)
 Value Read(CFNumberType inCanonical, const void* inPtr)
 {
     switch (inCanonical) {
-    case kCFNumberSInt8Type: return SInt64(Load<SInt8>(inPtr));
-    case kCFNumberSInt16Type: return SInt64(Load<SInt16>(inPtr));
-    case kCFNumberSInt32Type: return SInt64(Load<SInt32>(inPtr));
-    case kCFNumberFloat32Type: return double(Load<Float32>(inPtr));
-    case kCFNumberFloat64Type: return Load<Float64>(inPtr);
-    default: return Load<SInt64>(inPtr);
+    case kCFNumberSInt8Type:
+        return SInt64(Load<SInt8>(inPtr));
+    case kCFNumberSInt16Type:
+        return SInt64(Load<SInt16>(inPtr));
+    case kCFNumberSInt32Type:
+        return SInt64(Load<SInt32>(inPtr));
+    case kCFNumberFloat32Type:
+        return double(Load<Float32>(inPtr));
+    case kCFNumberFloat64Type:
+        return Load<Float64>(inPtr);
+    default:
+        return Load<SInt64>(inPtr);
     }
 }
 
@@ -198,7 +214,9 @@ struct __CFNumber final : cf::Object {
     CFNumberType mType;  // canonical
     Value mValue;
 
-    __CFNumber(CFNumberType inCanonical, Value inValue) : Object(cf::kTypeIDNumber), mType(inCanonical), mValue(inValue) {}
+    __CFNumber(CFNumberType inCanonical, Value inValue) : Object(cf::kTypeIDNumber), mType(inCanonical), mValue(inValue)
+    {
+    }
 
     bool Equal(const Object& inOther) const override
     {
@@ -269,12 +287,18 @@ Boolean CFNumberGetValue(CFNumberRef inNumber, CFNumberType inType, void* outVal
     if (outValuePtr == nullptr)
         cf::Fatal("CFNumberGetValue", "called with a NULL value pointer");
     switch (*canonical) {
-    case kCFNumberSInt8Type: return Store<SInt8>(number.mValue, outValuePtr);
-    case kCFNumberSInt16Type: return Store<SInt16>(number.mValue, outValuePtr);
-    case kCFNumberSInt32Type: return Store<SInt32>(number.mValue, outValuePtr);
-    case kCFNumberFloat32Type: return Store<Float32>(number.mValue, outValuePtr);
-    case kCFNumberFloat64Type: return Store<Float64>(number.mValue, outValuePtr);
-    default: return Store<SInt64>(number.mValue, outValuePtr);
+    case kCFNumberSInt8Type:
+        return Store<SInt8>(number.mValue, outValuePtr);
+    case kCFNumberSInt16Type:
+        return Store<SInt16>(number.mValue, outValuePtr);
+    case kCFNumberSInt32Type:
+        return Store<SInt32>(number.mValue, outValuePtr);
+    case kCFNumberFloat32Type:
+        return Store<Float32>(number.mValue, outValuePtr);
+    case kCFNumberFloat64Type:
+        return Store<Float64>(number.mValue, outValuePtr);
+    default:
+        return Store<SInt64>(number.mValue, outValuePtr);
     }
 }
 

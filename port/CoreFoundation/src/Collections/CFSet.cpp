@@ -142,14 +142,15 @@ __CFSet* CopySet(CFAllocatorRef inAllocator, const __CFSet& inSource, bool inMut
 
 }  // namespace
 
-constinit const CFSetCallBacks kCFTypeSetCallBacks{0, cf::RetainObject, cf::ReleaseObject, CFCopyDescription, CFEqual,
-                                                   CFHash};
-constinit const CFSetCallBacks kCFCopyStringSetCallBacks{0, cf::CopyStringValue, cf::ReleaseObject, CFCopyDescription,
-                                                         CFEqual, CFHash};
+constinit const CFSetCallBacks kCFTypeSetCallBacks{
+    0, cf::RetainObject, cf::ReleaseObject, CFCopyDescription, CFEqual, CFHash};
+constinit const CFSetCallBacks kCFCopyStringSetCallBacks{
+    0, cf::CopyStringValue, cf::ReleaseObject, CFCopyDescription, CFEqual, CFHash};
 
 CFTypeID CFSetGetTypeID() { return cf::kTypeIDSet; }
 
-CFSetRef CFSetCreate(CFAllocatorRef inAllocator, const void** inValues, CFIndex inCount, const CFSetCallBacks* inCallBacks)
+CFSetRef CFSetCreate(CFAllocatorRef inAllocator, const void** inValues, CFIndex inCount,
+                     const CFSetCallBacks* inCallBacks)
 {
     cf::CheckValues("CFSetCreate", inValues, inCount);
     return NewSet(inAllocator, cf::ElementCallBacks::From(inCallBacks), false, 0, inCount,

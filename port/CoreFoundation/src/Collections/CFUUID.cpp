@@ -116,7 +116,10 @@ struct __CFUUID final : cf::Object {
 
 namespace {
 
-const __CFUUID& UUID(CFUUIDRef inUUID, const char* inCall) { return cf::Checked<__CFUUID>(inUUID, cf::kTypeIDUUID, inCall); }
+const __CFUUID& UUID(CFUUIDRef inUUID, const char* inCall)
+{
+    return cf::Checked<__CFUUID>(inUUID, cf::kTypeIDUUID, inCall);
+}
 
 CFUUIDRef FindOrCreate(CFAllocatorRef inAllocator, const Bytes& inBytes)
 {

@@ -190,8 +190,8 @@ CFArrayRef CFPreferencesCopyKeyList(CFStringRef inApplicationID, CFStringRef inU
     auto location = Locate(inApplicationID, inUserName, inHostName, "CFPreferencesCopyKeyList");
     if (!location)
         return nullptr;
-    std::vector<std::string> keys =
-        DomainTable::Shared().With(*location, [](cf::prefs::Domain& ioDomain) { return ioDomain.Keys(); });
+    std::vector<std::string> keys = DomainTable::Shared().With(
+        *location, [](cf::prefs::Domain& ioDomain) { return ioDomain.Keys(); });
     if (keys.empty())
         return nullptr;
     std::vector<cf::plist::OwnedValue> strings;
@@ -202,8 +202,8 @@ CFArrayRef CFPreferencesCopyKeyList(CFStringRef inApplicationID, CFStringRef inU
 
 CFStringRef _CFPreferencesCopyDomainPath(CFStringRef inApplicationID, CFStringRef inUserName, CFStringRef inHostName)
 {
-    std::optional<cf::prefs::DomainLocation> location =
-        cf::prefs::Locate(inApplicationID, inUserName, inHostName, "_CFPreferencesCopyDomainPath");
+    std::optional<cf::prefs::DomainLocation> location = cf::prefs::Locate(inApplicationID, inUserName, inHostName,
+                                                                          "_CFPreferencesCopyDomainPath");
     return location ? cf::MakeString(location->path) : nullptr;
 }
 

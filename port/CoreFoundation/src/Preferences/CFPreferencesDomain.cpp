@@ -40,8 +40,9 @@ void Apply(CFMutableDictionaryRef ioDictionary, const std::string& inKey, CFType
 Owned<CFMutableDictionaryRef> Merged(const OwnedValue& inValues, const std::map<std::string, OwnedValue>& inPending)
 {
     Owned<CFMutableDictionaryRef> merged(
-        inValues ? CFDictionaryCreateMutableCopy(nullptr, 0, Values(inValues))
-                 : CFDictionaryCreateMutable(nullptr, 0, &kCFTypeDictionaryKeyCallBacks, &kCFTypeDictionaryValueCallBacks));
+        inValues
+            ? CFDictionaryCreateMutableCopy(nullptr, 0, Values(inValues))
+            : CFDictionaryCreateMutable(nullptr, 0, &kCFTypeDictionaryKeyCallBacks, &kCFTypeDictionaryValueCallBacks));
     for (const auto& [key, value] : inPending)
         Apply(merged.Get(), key, value.Get());
     return merged;
@@ -49,10 +50,7 @@ Owned<CFMutableDictionaryRef> Merged(const OwnedValue& inValues, const std::map<
 
 }  // namespace
 
-Domain::Domain(DomainLocation inLocation) : mLocation(std::move(inLocation))
-{
-    Refresh(true);
-}
+Domain::Domain(DomainLocation inLocation) : mLocation(std::move(inLocation)) { Refresh(true); }
 
 void Domain::Refresh(bool inForce)
 {
@@ -133,8 +131,8 @@ bool Domain::WritePending()
 
 DomainTable& DomainTable::Shared()
 {
-    static auto* table = new DomainTable;  // never destroyed: preferences may be used until exit
-    return *table;
+    static auto* sTable = new DomainTable;  // never destroyed: preferences may be used until exit
+    return *sTable;
 }
 
 void DomainTable::ForgetAll()

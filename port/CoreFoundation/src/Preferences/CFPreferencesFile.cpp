@@ -78,7 +78,8 @@ plist::OwnedValue ParseDictionary(std::string_view inBytes, std::string& outReas
     plist::Owned<CFDataRef> data(CFDataCreateWithBytesNoCopy(nullptr, reinterpret_cast<const UInt8*>(inBytes.data()),
                                                              CFIndex(inBytes.size()), kCFAllocatorNull));
     CFStringRef error = nullptr;
-    plist::OwnedValue value(CFPropertyListCreateWithData(nullptr, data.Get(), kCFPropertyListImmutable, nullptr, &error));
+    plist::OwnedValue value(
+        CFPropertyListCreateWithData(nullptr, data.Get(), kCFPropertyListImmutable, nullptr, &error));
     plist::Owned<CFStringRef> errorOwner(error);
     if (!value) {
         outReason = error ? UTF8(error) : "it is not a property list";

@@ -11,7 +11,7 @@ namespace cf {
 namespace {
 
 // A field of this user's password database entry; empty when there is none.
-std::string AccountField(char* passwd::* inField)
+std::string AccountField(char* passwd::*inField)
 {
     std::array<char, 4096> buffer{};
     passwd entry{};

@@ -153,7 +153,8 @@ OwnedValue DeepCopy(CFAllocatorRef inAllocator, CFPropertyListRef inValue, CFOpt
         auto data = CFDataRef(inValue);
         if (inOptions == kCFPropertyListImmutable)
             return OwnedValue(CFDataCreateCopy(inAllocator, data));
-        return OwnedValue(MakeData(inAllocator, {CFDataGetBytePtr(data), std::size_t(CFDataGetLength(data))}, inOptions));
+        return OwnedValue(
+            MakeData(inAllocator, {CFDataGetBytePtr(data), std::size_t(CFDataGetLength(data))}, inOptions));
     }
     case Kind::Number:
     case Kind::Boolean:

@@ -200,8 +200,8 @@ public:
         }
         case Kind::Data: {
             auto data = CFDataRef(inValue);
-            return Node(plist_new_data(reinterpret_cast<const char*>(CFDataGetBytePtr(data)),
-                                       uint64_t(CFDataGetLength(data))));
+            return Node(
+                plist_new_data(reinterpret_cast<const char*>(CFDataGetBytePtr(data)), uint64_t(CFDataGetLength(data))));
         }
         case Kind::Array:
             return Array(CFArrayRef(inValue), inDepth);
@@ -331,9 +331,6 @@ CFPropertyListRef ValueFromNode(plist_t inNode, CFAllocatorRef inAllocator, CFOp
     return FromNodes(inAllocator, inOptions, outError).Convert(inNode, 0).Take();
 }
 
-Node NodeFromValue(CFPropertyListRef inValue, std::string& outError)
-{
-    return ToNodes(outError).Convert(inValue, 0);
-}
+Node NodeFromValue(CFPropertyListRef inValue, std::string& outError) { return ToNodes(outError).Convert(inValue, 0); }
 
 }  // namespace cf::plist

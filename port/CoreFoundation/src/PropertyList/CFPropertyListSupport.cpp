@@ -110,8 +110,8 @@ CFTypeRef MakeDictionary(CFAllocatorRef inAllocator, std::span<const OwnedValue>
         return CFDictionaryCreate(inAllocator, keys.data(), values.data(), CFIndex(count),
                                   &kCFTypeDictionaryKeyCallBacks, &kCFTypeDictionaryValueCallBacks);
     }
-    Owned<CFMutableDictionaryRef> dictionary(CFDictionaryCreateMutable(
-        inAllocator, 0, &kCFTypeDictionaryKeyCallBacks, &kCFTypeDictionaryValueCallBacks));
+    Owned<CFMutableDictionaryRef> dictionary(
+        CFDictionaryCreateMutable(inAllocator, 0, &kCFTypeDictionaryKeyCallBacks, &kCFTypeDictionaryValueCallBacks));
     if (!dictionary)
         return nullptr;
     for (std::size_t i = 0; i < count; ++i)
@@ -145,8 +145,9 @@ void SortedEntries(CFDictionaryRef inDictionary, Entries& outEntries)
             static_cast<Entries*>(ioEntries)->emplace_back(inKey, inValue);
         },
         &outEntries);
-    bool allStrings = std::all_of(outEntries.begin(), outEntries.end(),
-                                  [](const auto& inEntry) { return CFGetTypeID(inEntry.first) == CFStringGetTypeID(); });
+    bool allStrings = std::all_of(outEntries.begin(), outEntries.end(), [](const auto& inEntry) {
+        return CFGetTypeID(inEntry.first) == CFStringGetTypeID();
+    });
     if (allStrings)
         std::sort(outEntries.begin(), outEntries.end(), [](const auto& inLeft, const auto& inRight) {
             return CFStringCompare(CFStringRef(inLeft.first), CFStringRef(inRight.first), 0) == kCFCompareLessThan;

@@ -17,8 +17,15 @@ namespace {
 bool IsSpace(char16_t inUnit)
 {
     switch (inUnit) {
-    case u' ': case u'\t': case u'\n': case u'\r': case u'\f': case u'\v':
-    case u'\u2028': case u'\u2029': case u'\uFEFF':
+    case u' ':
+    case u'\t':
+    case u'\n':
+    case u'\r':
+    case u'\f':
+    case u'\v':
+    case u'\u2028':
+    case u'\u2029':
+    case u'\uFEFF':
         return true;
     default:
         return false;
@@ -29,7 +36,8 @@ bool IsSpace(char16_t inUnit)
 bool IsUnquoted(char16_t inUnit)
 {
     return (inUnit >= u'a' && inUnit <= u'z') || (inUnit >= u'A' && inUnit <= u'Z') ||
-           (inUnit >= u'0' && inUnit <= u'9') || std::u16string_view(u"_$+/:.-").find(inUnit) != std::u16string_view::npos;
+           (inUnit >= u'0' && inUnit <= u'9') ||
+           std::u16string_view(u"_$+/:.-").find(inUnit) != std::u16string_view::npos;
 }
 
 int HexValue(char16_t inUnit)
@@ -217,13 +225,20 @@ private:
     {
         char16_t unit = mText[mPos++];
         switch (unit) {
-        case u'a': return u'\a';
-        case u'b': return u'\b';
-        case u'f': return u'\f';
-        case u'n': return u'\n';
-        case u'r': return u'\r';
-        case u't': return u'\t';
-        case u'v': return u'\v';
+        case u'a':
+            return u'\a';
+        case u'b':
+            return u'\b';
+        case u'f':
+            return u'\f';
+        case u'n':
+            return u'\n';
+        case u'r':
+            return u'\r';
+        case u't':
+            return u'\t';
+        case u'v':
+            return u'\v';
         case u'U':
         case u'u': {
             unsigned value = 0;

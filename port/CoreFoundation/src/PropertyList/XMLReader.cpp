@@ -211,10 +211,7 @@ private:
         return outEmpty || Take(">");
     }
 
-    bool ClosingTag(std::string_view inName)
-    {
-        return Take("</") && Take(inName) && Take(">");
-    }
+    bool ClosingTag(std::string_view inName) { return Take("</") && Take(inName) && Take(">"); }
 
     // The character data up to the element's closing tag, raw: no markup may stand inside.
     bool RawContent(std::string_view inName, std::string_view& outText)
@@ -236,7 +233,8 @@ private:
         mBytes.clear();
         for (std::size_t at = 0; at < raw.size(); ++at) {
             std::size_t plain = at;
-            while (plain < raw.size() && raw[plain] != '&' && (UInt8(raw[plain]) >= 0x20 || raw[plain] == '\t' || raw[plain] == '\n'))
+            while (plain < raw.size() && raw[plain] != '&' &&
+                   (UInt8(raw[plain]) >= 0x20 || raw[plain] == '\t' || raw[plain] == '\n'))
                 ++plain;
             mBytes.append(raw.substr(at, plain - at));
             if ((at = plain) == raw.size())
@@ -272,7 +270,8 @@ private:
     OwnedValue Text(CFOptionFlags inOptions)
     {
         mUnits.clear();
-        if (!Decode({reinterpret_cast<const UInt8*>(mBytes.data()), mBytes.size()}, kCFStringEncodingUTF8, false, mUnits))
+        if (!Decode({reinterpret_cast<const UInt8*>(mBytes.data()), mBytes.size()}, kCFStringEncodingUTF8, false,
+                    mUnits))
             return {};
         return OwnedValue(MakeString(mAllocator, mUnits, inOptions));
     }
@@ -341,7 +340,8 @@ private:
             // Only plain decimal numbers: the readers differ on names such as "nan".
             double value = 0;
             auto [stop, error] = std::from_chars(inText.data(), end, value);
-            if (error != std::errc() || stop != end || inText.find_first_not_of("0123456789.eE+-") != std::string_view::npos)
+            if (error != std::errc() || stop != end ||
+                inText.find_first_not_of("0123456789.eE+-") != std::string_view::npos)
                 return {};
             return OwnedValue(CFNumberCreate(mAllocator, kCFNumberFloat64Type, &value));
         }
@@ -438,8 +438,8 @@ private:
     std::string_view mText;
     CFOptionFlags mOptions;
     std::size_t mAt = 0;
-    std::string mBytes;      // the text being read, references resolved
-    std::u16string mUnits;   // the same, decoded
+    std::string mBytes;     // the text being read, references resolved
+    std::u16string mUnits;  // the same, decoded
     std::map<std::string, OwnedValue, std::less<>> mKeys;
     std::vector<std::unique_ptr<Level>> mLevels;  // by depth; stable while deeper ones are added
 };

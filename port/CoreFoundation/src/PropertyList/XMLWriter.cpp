@@ -34,7 +34,10 @@ bool IsLead(char32_t inUnit) { return inUnit >= 0xD800 && inUnit <= 0xDBFF; }
 bool IsTrail(char32_t inUnit) { return inUnit >= 0xDC00 && inUnit <= 0xDFFF; }
 
 // Characters written as they are, one byte each: the common case, taken in bulk.
-bool IsPlain(char16_t inUnit) { return inUnit >= 0x20 && inUnit < 0x80 && inUnit != '<' && inUnit != '>' && inUnit != '&'; }
+bool IsPlain(char16_t inUnit)
+{
+    return inUnit >= 0x20 && inUnit < 0x80 && inUnit != '<' && inUnit != '>' && inUnit != '&';
+}
 
 // Why the string cannot be written, or nullptr.
 const char* StringProblem(CFStringRef inString)
@@ -381,9 +384,6 @@ bool WriteXML(CFPropertyListRef inValue, std::string& outBytes, std::string& out
     return true;
 }
 
-bool CheckXMLWritable(CFPropertyListRef inValue, std::string& outError)
-{
-    return Checker(outError).Value(inValue, 0);
-}
+bool CheckXMLWritable(CFPropertyListRef inValue, std::string& outError) { return Checker(outError).Value(inValue, 0); }
 
 }  // namespace cf::plist

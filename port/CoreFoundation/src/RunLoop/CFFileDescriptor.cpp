@@ -19,11 +19,8 @@ struct __CFFileDescriptor final : cf::Object {
 
     __CFFileDescriptor(int inDescriptor, bool inCloseOnInvalidate, CFFileDescriptorCallBack inCallout,
                        const CFFileDescriptorContext& inContext)
-        : Object(CFFileDescriptorGetTypeID()),
-          mDescriptor(inDescriptor),
-          mOwned(inCloseOnInvalidate ? inDescriptor : -1),
-          mCallout(inCallout),
-          mContext(inContext)
+        : Object(CFFileDescriptorGetTypeID()), mDescriptor(inDescriptor),
+          mOwned(inCloseOnInvalidate ? inDescriptor : -1), mCallout(inCallout), mContext(inContext)
     {
     }
 
@@ -139,8 +136,8 @@ CFFileDescriptorRef CFFileDescriptorCreate(CFAllocatorRef inAllocator, CFFileDes
         if (context.retain && context.info)
             context.info = const_cast<void*>(context.retain(context.info));
     }
-    __CFFileDescriptor* file =
-        cf::Create<__CFFileDescriptor>(inAllocator, inDescriptor, bool(inCloseOnInvalidate), inCallout, context);
+    __CFFileDescriptor* file = cf::Create<__CFFileDescriptor>(inAllocator, inDescriptor, bool(inCloseOnInvalidate),
+                                                              inCallout, context);
     if (file == nullptr && context.release && context.info)
         context.release(context.info);
     return file;

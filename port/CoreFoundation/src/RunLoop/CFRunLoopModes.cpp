@@ -10,9 +10,15 @@ namespace {
 
 // What a mode holds, chosen by the kind of item.
 template <class M>
-auto& Items(M& inMode, const __CFRunLoopSource*) { return inMode.sources; }
+auto& Items(M& inMode, const __CFRunLoopSource*)
+{
+    return inMode.sources;
+}
 template <class M>
-auto& Items(M& inMode, const __CFRunLoopTimer*) { return inMode.timers; }
+auto& Items(M& inMode, const __CFRunLoopTimer*)
+{
+    return inMode.timers;
+}
 
 template <class Item>
 bool Has(const std::vector<Item*>& inItems, const Item* inItem)
@@ -53,7 +59,8 @@ void Detach(__CFRunLoop* inLoop, __CFRunLoopTimer* inTimer)
 }
 
 // Sources hear when they join or leave a mode, once the lock is let go.
-void Notify(cf::AfterUnlock& ioAfter, __CFRunLoop* inLoop, __CFRunLoopSource* inSource, std::string_view inMode, bool inJoined)
+void Notify(cf::AfterUnlock& ioAfter, __CFRunLoop* inLoop, __CFRunLoopSource* inSource, std::string_view inMode,
+            bool inJoined)
 {
     CFRetain(inSource);
     ioAfter.Call([inLoop, inSource, mode = std::string(inMode), inJoined] {
@@ -154,9 +161,8 @@ template <class Item>
 bool __CFRunLoop::Holds(Item* inItem) const
 {
     return Has(Items(mCommonItems, inItem), inItem) ||
-           std::any_of(mModes.begin(), mModes.end(), [inItem](const auto& inEntry) {
-               return Has(Items(inEntry.second, inItem), inItem);
-           });
+           std::any_of(mModes.begin(), mModes.end(),
+                       [inItem](const auto& inEntry) { return Has(Items(inEntry.second, inItem), inItem); });
 }
 
 template <class Item>
@@ -306,4 +312,3 @@ void CFRunLoopRemoveTimer(CFRunLoopRef inRunLoop, CFRunLoopTimerRef inTimer, CFS
     std::string mode = cf::ModeName(inMode, "CFRunLoopRemoveTimer");
     Locked([&](cf::AfterUnlock& ioAfter) { loop.Remove(&timer, mode, ioAfter); });
 }
-

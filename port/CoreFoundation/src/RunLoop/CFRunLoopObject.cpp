@@ -127,8 +127,7 @@ std::string ModeName(CFStringRef inMode, const char* inCall)
 }  // namespace cf
 
 __CFRunLoop::__CFRunLoop(Lifetime inLifetime)
-    : Object(CFRunLoopGetTypeID(), inLifetime),
-      mEpoll(Opened(::epoll_create1(EPOLL_CLOEXEC), "epoll instance")),
+    : Object(CFRunLoopGetTypeID(), inLifetime), mEpoll(Opened(::epoll_create1(EPOLL_CLOEXEC), "epoll instance")),
       mWake(Opened(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK), "wake-up event")),
       mTimerClock(Opened(::timerfd_create(CLOCK_REALTIME, TFD_CLOEXEC | TFD_NONBLOCK), "timer clock"))
 {
@@ -204,7 +203,8 @@ void __CFRunLoop::Watch(const std::map<int, std::uint32_t>& inWanted)
         int first = known == mWatched.end() ? EPOLL_CTL_ADD : EPOLL_CTL_MOD;
         int result = ::epoll_ctl(mEpoll.Get(), first, descriptor, &event);
         if (result != 0 && (errno == EEXIST || errno == ENOENT))
-            result = ::epoll_ctl(mEpoll.Get(), first == EPOLL_CTL_ADD ? EPOLL_CTL_MOD : EPOLL_CTL_ADD, descriptor, &event);
+            result = ::epoll_ctl(mEpoll.Get(), first == EPOLL_CTL_ADD ? EPOLL_CTL_MOD : EPOLL_CTL_ADD, descriptor,
+                                 &event);
         if (result == 0)
             watched.emplace(descriptor, events);
         else if (errno == EPERM)  // regular files and directories: always ready

@@ -135,7 +135,7 @@ struct __CFRunLoop final : cf::Object {
     std::map<std::string, Mode, std::less<>> mModes;
     std::set<std::string, std::less<>> mCommonModes;
     Mode mCommonItems;
-    std::vector<std::string> mRunning;  // the modes of the nested runs, innermost last
+    std::vector<std::string> mRunning;         // the modes of the nested runs, innermost last
     std::map<int, std::uint32_t> mWatched;     // what epoll watches
     std::map<int, std::uint32_t> mUnpollable;  // wanted descriptors epoll refuses: always ready
 

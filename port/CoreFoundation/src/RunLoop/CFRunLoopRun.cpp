@@ -140,7 +140,8 @@ void __CFRunLoop::FireDueTimers(std::string_view inMode)
         Resync();
     }
     std::stable_sort(due.begin(), due.end(), [](const Due& inA, const Due& inB) {
-        return inA.scheduled < inB.scheduled || (inA.scheduled == inB.scheduled && inA.timer->mOrder < inB.timer->mOrder);
+        return inA.scheduled < inB.scheduled ||
+               (inA.scheduled == inB.scheduled && inA.timer->mOrder < inB.timer->mOrder);
     });
 
     for (Due& entry : due) {
@@ -219,4 +220,7 @@ void CFRunLoopStop(CFRunLoopRef inRunLoop)
 
 void CFRunLoopWakeUp(CFRunLoopRef inRunLoop) { cf::RunLoop(inRunLoop, "CFRunLoopWakeUp").WakeUp(); }
 
-Boolean CFRunLoopIsWaiting(CFRunLoopRef inRunLoop) { return cf::RunLoop(inRunLoop, "CFRunLoopIsWaiting").mWaiting.load(); }
+Boolean CFRunLoopIsWaiting(CFRunLoopRef inRunLoop)
+{
+    return cf::RunLoop(inRunLoop, "CFRunLoopIsWaiting").mWaiting.load();
+}

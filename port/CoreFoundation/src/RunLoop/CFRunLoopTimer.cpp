@@ -20,13 +20,8 @@ CFRunLoopTimerContext Retained(const CFRunLoopTimerContext* inContext)
 
 __CFRunLoopTimer::__CFRunLoopTimer(CFAbsoluteTime inFireDate, CFTimeInterval inInterval, CFIndex inOrder,
                                    CFRunLoopTimerCallBack inCallout, const CFRunLoopTimerContext& inContext)
-    : Object(CFRunLoopTimerGetTypeID()),
-      mInterval(inInterval > 0 ? inInterval : 0),
-      mOrder(inOrder),
-      mCallout(inCallout),
-      mContext(inContext),
-      mFireDate(inFireDate),
-      mGridOrigin(inFireDate)
+    : Object(CFRunLoopTimerGetTypeID()), mInterval(inInterval > 0 ? inInterval : 0), mOrder(inOrder),
+      mCallout(inCallout), mContext(inContext), mFireDate(inFireDate), mGridOrigin(inFireDate)
 {
 }
 
@@ -65,7 +60,8 @@ CFRunLoopTimerRef CFRunLoopTimerCreate(CFAllocatorRef inAllocator, CFAbsoluteTim
                                        CFRunLoopTimerContext* inContext)
 {
     CFRunLoopTimerContext context = Retained(inContext);
-    CFRunLoopTimerRef timer = cf::Create<__CFRunLoopTimer>(inAllocator, inFireDate, inInterval, inOrder, inCallout, context);
+    CFRunLoopTimerRef timer = cf::Create<__CFRunLoopTimer>(inAllocator, inFireDate, inInterval, inOrder, inCallout,
+                                                           context);
     if (timer == nullptr && context.release && context.info)
         context.release(context.info);
     return timer;
@@ -98,7 +94,10 @@ Boolean CFRunLoopTimerDoesRepeat(CFRunLoopTimerRef inTimer)
     return cf::Timer(inTimer, "CFRunLoopTimerDoesRepeat").Repeats();
 }
 
-CFIndex CFRunLoopTimerGetOrder(CFRunLoopTimerRef inTimer) { return cf::Timer(inTimer, "CFRunLoopTimerGetOrder").mOrder; }
+CFIndex CFRunLoopTimerGetOrder(CFRunLoopTimerRef inTimer)
+{
+    return cf::Timer(inTimer, "CFRunLoopTimerGetOrder").mOrder;
+}
 
 void CFRunLoopTimerGetContext(CFRunLoopTimerRef inTimer, CFRunLoopTimerContext* outContext)
 {

@@ -38,17 +38,23 @@ struct __CFAllocator final : cf::Object {
 
 namespace {
 
-void* MallocAllocate(CFIndex inSize, CFOptionFlags, void*) { return inSize > 0 ? std::malloc(size_t(inSize)) : nullptr; }
-void* MallocReallocate(void* inPtr, CFIndex inNewSize, CFOptionFlags, void*) { return std::realloc(inPtr, size_t(inNewSize)); }
+void* MallocAllocate(CFIndex inSize, CFOptionFlags, void*)
+{
+    return inSize > 0 ? std::malloc(size_t(inSize)) : nullptr;
+}
+void* MallocReallocate(void* inPtr, CFIndex inNewSize, CFOptionFlags, void*)
+{
+    return std::realloc(inPtr, size_t(inNewSize));
+}
 void MallocDeallocate(void* inPtr, void*) { std::free(inPtr); }
 void* NullAllocate(CFIndex, CFOptionFlags, void*) { return nullptr; }
 void* NullReallocate(void*, CFIndex, CFOptionFlags, void*) { return nullptr; }
 void NullDeallocate(void*, void*) {}
 
-constexpr CFAllocatorContext kMallocContext{0, nullptr, nullptr, nullptr, nullptr,
-                                            MallocAllocate, MallocReallocate, MallocDeallocate, nullptr};
-constexpr CFAllocatorContext kNullContext{0, nullptr, nullptr, nullptr, nullptr,
-                                          NullAllocate, NullReallocate, NullDeallocate, nullptr};
+constexpr CFAllocatorContext kMallocContext{
+    0, nullptr, nullptr, nullptr, nullptr, MallocAllocate, MallocReallocate, MallocDeallocate, nullptr};
+constexpr CFAllocatorContext kNullContext{
+    0, nullptr, nullptr, nullptr, nullptr, NullAllocate, NullReallocate, NullDeallocate, nullptr};
 
 constinit __CFAllocator sSystemDefault{kMallocContext};
 constinit __CFAllocator sMalloc{kMallocContext};

@@ -28,10 +28,10 @@ struct TypeRegistry {
     TypeRegistry()
     {
         constexpr std::pair<CFTypeID, const char*> builtIn[] = {
-            {kTypeIDType, "CFType"},         {kTypeIDAllocator, "CFAllocator"}, {kTypeIDNull, "CFNull"},
-            {kTypeIDBoolean, "CFBoolean"},   {kTypeIDNumber, "CFNumber"},       {kTypeIDData, "CFData"},
-            {kTypeIDString, "CFString"},     {kTypeIDArray, "CFArray"},         {kTypeIDDictionary, "CFDictionary"},
-            {kTypeIDSet, "CFSet"},           {kTypeIDUUID, "CFUUID"},           {kTypeIDURL, "CFURL"},
+            {kTypeIDType, "CFType"},       {kTypeIDAllocator, "CFAllocator"}, {kTypeIDNull, "CFNull"},
+            {kTypeIDBoolean, "CFBoolean"}, {kTypeIDNumber, "CFNumber"},       {kTypeIDData, "CFData"},
+            {kTypeIDString, "CFString"},   {kTypeIDArray, "CFArray"},         {kTypeIDDictionary, "CFDictionary"},
+            {kTypeIDSet, "CFSet"},         {kTypeIDUUID, "CFUUID"},           {kTypeIDURL, "CFURL"},
             {kTypeIDBundle, "CFBundle"},
         };
         for (auto [id, name] : builtIn)
@@ -41,8 +41,8 @@ struct TypeRegistry {
 
 TypeRegistry& Registry()
 {
-    static TypeRegistry registry;
-    return registry;
+    static TypeRegistry sRegistry;
+    return sRegistry;
 }
 
 // A locked read-modify-write costs several times what the rest of a retain or release does.
@@ -97,8 +97,8 @@ struct Runtime {
 
     static Quarantine& ThreadQuarantine()
     {
-        thread_local Quarantine quarantine;
-        return quarantine;
+        thread_local Quarantine tQuarantine;
+        return tQuarantine;
     }
 
     static bool HasCountedAllocator(const Object& inObject)

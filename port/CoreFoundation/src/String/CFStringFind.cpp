@@ -183,8 +183,8 @@ Boolean CFStringFindWithOptionsAndLocale(CFStringRef inString, CFStringRef inFin
     return Find(inString, inFind, inRange, cf::SearchOptionsFor(inOptions, inLocale, false, kCall), outResult, kCall);
 }
 
-Boolean CFStringFindWithOptions(CFStringRef inString, CFStringRef inFind, CFRange inRange, CFStringCompareFlags inOptions,
-                                CFRange* outResult)
+Boolean CFStringFindWithOptions(CFStringRef inString, CFStringRef inFind, CFRange inRange,
+                                CFStringCompareFlags inOptions, CFRange* outResult)
 {
     constexpr const char* kCall = "CFStringFindWithOptions";
     return Find(inString, inFind, inRange, cf::SearchOptionsFor(inOptions, nullptr, true, kCall), outResult, kCall);
@@ -218,8 +218,8 @@ CFArrayRef CFStringCreateArrayWithFindResults(CFAllocatorRef inAllocator, CFStri
 {
     constexpr const char* kCall = "CFStringCreateArrayWithFindResults";
     std::u16string_view text = cf::Substring(cf::String(inString, kCall), inRange, kCall);
-    std::vector<cf::Match> matches =
-        cf::FindAll(text, cf::String(inFind, kCall).View(), cf::SearchOptionsFor(inOptions, nullptr, true, kCall));
+    std::vector<cf::Match> matches = cf::FindAll(text, cf::String(inFind, kCall).View(),
+                                                 cf::SearchOptionsFor(inOptions, nullptr, true, kCall));
     if (matches.empty())
         return nullptr;
     static const CFArrayCallBacks kRangeCallBacks{0, nullptr, ReleaseRange, nullptr, EqualRanges};

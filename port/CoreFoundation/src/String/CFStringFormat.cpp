@@ -87,23 +87,44 @@ bool IsDigit(char16_t inUnit) { return inUnit >= '0' && inUnit <= '9'; }
 std::optional<ArgKind> ValueKind(char16_t inType, Length inLength)
 {
     switch (inType) {
-    case 'd': case 'i': case 'o': case 'u': case 'x': case 'X':
+    case 'd':
+    case 'i':
+    case 'o':
+    case 'u':
+    case 'x':
+    case 'X':
         switch (inLength) {
-        case Length::Long: return ArgKind::Long;
+        case Length::Long:
+            return ArgKind::Long;
         case Length::LongLong:
-        case Length::LongDouble: return ArgKind::LongLong;
-        case Length::Size: return ArgKind::Size;
-        case Length::Ptrdiff: return ArgKind::Ptrdiff;
-        case Length::Intmax: return ArgKind::Intmax;
-        default: return ArgKind::Int;
+        case Length::LongDouble:
+            return ArgKind::LongLong;
+        case Length::Size:
+            return ArgKind::Size;
+        case Length::Ptrdiff:
+            return ArgKind::Ptrdiff;
+        case Length::Intmax:
+            return ArgKind::Intmax;
+        default:
+            return ArgKind::Int;
         }
-    case 'e': case 'E': case 'f': case 'F': case 'g': case 'G': case 'a': case 'A':
+    case 'e':
+    case 'E':
+    case 'f':
+    case 'F':
+    case 'g':
+    case 'G':
+    case 'a':
+    case 'A':
         return inLength == Length::LongDouble ? ArgKind::LongDouble : ArgKind::Double;
     case 'c':
         return inLength == Length::Long ? ArgKind::WInt : ArgKind::Int;
     case 'C':
         return ArgKind::Int;  // a UniChar, promoted
-    case 's': case 'S': case 'p': case '@':
+    case 's':
+    case 'S':
+    case 'p':
+    case '@':
         return ArgKind::Pointer;
     }
     return std::nullopt;
@@ -187,13 +208,27 @@ private:
     Length ReadLength()
     {
         switch (Peek()) {
-        case 'h': ++mAt; return Peek() == 'h' ? (++mAt, Length::Char) : Length::Short;
-        case 'l': ++mAt; return Peek() == 'l' ? (++mAt, Length::LongLong) : Length::Long;
-        case 'q': ++mAt; return Length::LongLong;
-        case 'z': ++mAt; return Length::Size;
-        case 't': ++mAt; return Length::Ptrdiff;
-        case 'j': ++mAt; return Length::Intmax;
-        case 'L': ++mAt; return Length::LongDouble;
+        case 'h':
+            ++mAt;
+            return Peek() == 'h' ? (++mAt, Length::Char) : Length::Short;
+        case 'l':
+            ++mAt;
+            return Peek() == 'l' ? (++mAt, Length::LongLong) : Length::Long;
+        case 'q':
+            ++mAt;
+            return Length::LongLong;
+        case 'z':
+            ++mAt;
+            return Length::Size;
+        case 't':
+            ++mAt;
+            return Length::Ptrdiff;
+        case 'j':
+            ++mAt;
+            return Length::Intmax;
+        case 'L':
+            ++mAt;
+            return Length::LongDouble;
         }
         return Length::None;
     }
@@ -265,16 +300,26 @@ private:
 ArgValue ReadArgument(ArgKind inKind, va_list& ioArguments)
 {
     switch (inKind) {
-    case ArgKind::Int: return std::intmax_t(va_arg(ioArguments, int));
-    case ArgKind::Long: return std::intmax_t(va_arg(ioArguments, long));
-    case ArgKind::LongLong: return std::intmax_t(va_arg(ioArguments, long long));
-    case ArgKind::Size: return std::intmax_t(va_arg(ioArguments, size_t));
-    case ArgKind::Ptrdiff: return std::intmax_t(va_arg(ioArguments, ptrdiff_t));
-    case ArgKind::Intmax: return va_arg(ioArguments, std::intmax_t);
-    case ArgKind::WInt: return std::intmax_t(va_arg(ioArguments, wint_t));
-    case ArgKind::Double: return va_arg(ioArguments, double);
-    case ArgKind::LongDouble: return va_arg(ioArguments, long double);
-    case ArgKind::Pointer: return va_arg(ioArguments, const void*);
+    case ArgKind::Int:
+        return std::intmax_t(va_arg(ioArguments, int));
+    case ArgKind::Long:
+        return std::intmax_t(va_arg(ioArguments, long));
+    case ArgKind::LongLong:
+        return std::intmax_t(va_arg(ioArguments, long long));
+    case ArgKind::Size:
+        return std::intmax_t(va_arg(ioArguments, size_t));
+    case ArgKind::Ptrdiff:
+        return std::intmax_t(va_arg(ioArguments, ptrdiff_t));
+    case ArgKind::Intmax:
+        return va_arg(ioArguments, std::intmax_t);
+    case ArgKind::WInt:
+        return std::intmax_t(va_arg(ioArguments, wint_t));
+    case ArgKind::Double:
+        return va_arg(ioArguments, double);
+    case ArgKind::LongDouble:
+        return va_arg(ioArguments, long double);
+    case ArgKind::Pointer:
+        return va_arg(ioArguments, const void*);
     }
     return std::intmax_t(0);
 }
@@ -334,7 +379,8 @@ void AppendUTF8(std::u16string& ioText, std::string_view inBytes)
 // Renders one conversion. Holds the resolved width and precision and the argument values.
 class Renderer {
 public:
-    Renderer(const Conversion& inConversion, const std::vector<ArgValue>& inArgs) : mConversion(inConversion), mArgs(inArgs)
+    Renderer(const Conversion& inConversion, const std::vector<ArgValue>& inArgs)
+        : mConversion(inConversion), mArgs(inArgs)
     {
         mWidth = inConversion.widthArg ? int(Integer(inConversion.widthArg)) : inConversion.width;
         mPrecision = inConversion.precisionArg ? int(Integer(inConversion.precisionArg)) : inConversion.precision;
@@ -352,10 +398,25 @@ public:
     bool Append(std::u16string& ioText) const
     {
         switch (mConversion.type) {
-        case 'd': case 'i': return PrintC(ioText, CFormat("ll"), SignedValue());
-        case 'o': case 'u': case 'x': case 'X': return PrintC(ioText, CFormat("ll"), UnsignedValue());
-        case 'e': case 'E': case 'f': case 'F': case 'g': case 'G': case 'a': case 'A': return Floating(ioText);
-        case 'p': return Pointer(ioText);
+        case 'd':
+        case 'i':
+            return PrintC(ioText, CFormat("ll"), SignedValue());
+        case 'o':
+        case 'u':
+        case 'x':
+        case 'X':
+            return PrintC(ioText, CFormat("ll"), UnsignedValue());
+        case 'e':
+        case 'E':
+        case 'f':
+        case 'F':
+        case 'g':
+        case 'G':
+        case 'a':
+        case 'A':
+            return Floating(ioText);
+        case 'p':
+            return Pointer(ioText);
         }
         std::u16string text;
         Characters(text);
@@ -371,10 +432,14 @@ private:
     {
         std::intmax_t value = Integer(mConversion.valueArg);
         switch (mConversion.length) {
-        case Length::Char: return static_cast<signed char>(value);
-        case Length::Short: return static_cast<short>(value);
-        case Length::None: return static_cast<int>(value);
-        default: return static_cast<long long>(value);
+        case Length::Char:
+            return static_cast<signed char>(value);
+        case Length::Short:
+            return static_cast<short>(value);
+        case Length::None:
+            return static_cast<int>(value);
+        default:
+            return static_cast<long long>(value);
         }
     }
 
@@ -382,12 +447,18 @@ private:
     {
         std::intmax_t value = Integer(mConversion.valueArg);
         switch (mConversion.length) {
-        case Length::Char: return static_cast<unsigned char>(value);
-        case Length::Short: return static_cast<unsigned short>(value);
-        case Length::None: return static_cast<unsigned>(value);
-        case Length::Long: return static_cast<unsigned long>(value);
-        case Length::Size: return static_cast<size_t>(value);
-        default: return static_cast<unsigned long long>(value);
+        case Length::Char:
+            return static_cast<unsigned char>(value);
+        case Length::Short:
+            return static_cast<unsigned short>(value);
+        case Length::None:
+            return static_cast<unsigned>(value);
+        case Length::Long:
+            return static_cast<unsigned long>(value);
+        case Length::Size:
+            return static_cast<size_t>(value);
+        default:
+            return static_cast<unsigned long long>(value);
         }
     }
 
@@ -431,7 +502,8 @@ private:
     bool Pointer(std::u16string& ioText) const
     {
         char digits[32];
-        std::snprintf(digits, sizeof digits, "0x%llx", static_cast<unsigned long long>(reinterpret_cast<std::uintptr_t>(Address())));
+        std::snprintf(digits, sizeof digits, "0x%llx",
+                      static_cast<unsigned long long>(reinterpret_cast<std::uintptr_t>(Address())));
         std::u16string text(digits, digits + std::strlen(digits));
         Pad(ioText, text);
         return true;
@@ -561,7 +633,8 @@ std::optional<std::u16string> Format(std::u16string_view inFormat, va_list inArg
 
 }  // namespace
 
-CFStringRef CFStringCreateWithFormat(CFAllocatorRef inAllocator, CFDictionaryRef inFormatOptions, CFStringRef inFormat, ...)
+CFStringRef CFStringCreateWithFormat(CFAllocatorRef inAllocator, CFDictionaryRef inFormatOptions, CFStringRef inFormat,
+                                     ...)
 {
     va_list arguments;
     va_start(arguments, inFormat);
@@ -577,7 +650,8 @@ CFStringRef CFStringCreateWithFormatAndArguments(CFAllocatorRef inAllocator, CFD
     std::optional<std::u16string> text = Format(format, inArguments);
     if (!text)
         return nullptr;
-    return CFStringCreateWithCharacters(inAllocator, reinterpret_cast<const UniChar*>(text->data()), CFIndex(text->size()));
+    return CFStringCreateWithCharacters(inAllocator, reinterpret_cast<const UniChar*>(text->data()),
+                                        CFIndex(text->size()));
 }
 
 void CFStringAppendFormat(CFMutableStringRef inString, CFDictionaryRef inFormatOptions, CFStringRef inFormat, ...)
@@ -588,7 +662,8 @@ void CFStringAppendFormat(CFMutableStringRef inString, CFDictionaryRef inFormatO
     va_end(arguments);
 }
 
-void CFStringAppendFormatAndArguments(CFMutableStringRef inString, CFDictionaryRef, CFStringRef inFormat, va_list inArguments)
+void CFStringAppendFormatAndArguments(CFMutableStringRef inString, CFDictionaryRef, CFStringRef inFormat,
+                                      va_list inArguments)
 {
     cf::MutableString(inString, "CFStringAppendFormat");
     const std::u16string& format = cf::String(inFormat, "CFStringAppendFormat").mText;

@@ -35,7 +35,8 @@ const std::string& UserLocaleName()
 std::string LocaleName(CFLocaleRef inLocale, const char* inCall)
 {
     if (inLocale != nullptr)
-        Fatal(inCall, "%p is not a locale: only NULL (the root locale) is accepted here", static_cast<const void*>(inLocale));
+        Fatal(inCall, "%p is not a locale: only NULL (the root locale) is accepted here",
+              static_cast<const void*>(inLocale));
     return {};
 }
 

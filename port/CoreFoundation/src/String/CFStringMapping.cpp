@@ -51,10 +51,14 @@ const UNormalizer2* Normalizer(CFStringNormalizationForm inForm)
 {
     UErrorCode status = U_ZERO_ERROR;
     switch (inForm) {
-    case kCFStringNormalizationFormD: return unorm2_getNFDInstance(&status);
-    case kCFStringNormalizationFormKD: return unorm2_getNFKDInstance(&status);
-    case kCFStringNormalizationFormC: return unorm2_getNFCInstance(&status);
-    case kCFStringNormalizationFormKC: return unorm2_getNFKCInstance(&status);
+    case kCFStringNormalizationFormD:
+        return unorm2_getNFDInstance(&status);
+    case kCFStringNormalizationFormKD:
+        return unorm2_getNFKDInstance(&status);
+    case kCFStringNormalizationFormC:
+        return unorm2_getNFCInstance(&status);
+    case kCFStringNormalizationFormKC:
+        return unorm2_getNFKCInstance(&status);
     }
     return nullptr;
 }
@@ -89,6 +93,7 @@ void CFStringNormalize(CFMutableStringRef inString, CFStringNormalizationForm in
         return;
     std::u16string source = string.mText;
     Map(string, [&](UChar* outBuffer, int32_t inCapacity, UErrorCode* ioStatus) {
-        return unorm2_normalize(normalizer, cf::ICUChars(source), int32_t(source.size()), outBuffer, inCapacity, ioStatus);
+        return unorm2_normalize(normalizer, cf::ICUChars(source), int32_t(source.size()), outBuffer, inCapacity,
+                                ioStatus);
     });
 }

@@ -103,8 +103,8 @@ void CFStringPad(CFMutableStringRef inString, CFStringRef inPadString, CFIndex i
     string.Changed();
 }
 
-CFIndex CFStringFindAndReplace(CFMutableStringRef inString, CFStringRef inFind, CFStringRef inReplacement, CFRange inRange,
-                               CFStringCompareFlags inOptions)
+CFIndex CFStringFindAndReplace(CFMutableStringRef inString, CFStringRef inFind, CFStringRef inReplacement,
+                               CFRange inRange, CFStringCompareFlags inOptions)
 {
     constexpr const char* kCall = "CFStringFindAndReplace";
     __CFString& string = cf::MutableString(inString, kCall);

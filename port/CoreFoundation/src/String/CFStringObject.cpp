@@ -65,7 +65,8 @@ CFStringRef CreateString(CFAllocatorRef inAllocator, std::u16string inText)
 void CheckRange(const __CFString& inString, CFRange inRange, const char* inCall)
 {
     CFIndex length = CFIndex(inString.mText.size());
-    if (inRange.location < 0 || inRange.length < 0 || inRange.location > length || inRange.length > length - inRange.location)
+    if (inRange.location < 0 || inRange.length < 0 || inRange.location > length ||
+        inRange.length > length - inRange.location)
         Fatal(inCall, "range {%ld, %ld} is outside a string of length %ld", inRange.location, inRange.length, length);
 }
 
@@ -106,7 +107,8 @@ public:
         if (added) {
             std::u16string text;
             std::string_view bytes = entry->first;
-            if (!cf::Decode({reinterpret_cast<const UInt8*>(bytes.data()), bytes.size()}, kCFStringEncodingUTF8, false, text))
+            if (!cf::Decode({reinterpret_cast<const UInt8*>(bytes.data()), bytes.size()}, kCFStringEncodingUTF8, false,
+                            text))
                 cf::Fatal("CFSTR", "\"%s\" is not valid UTF-8", inCString);
             entry->second = new __CFString(std::move(text), false, cf::Object::Lifetime::Static);
             entry->second->mConstantCString = entry->first.c_str();
@@ -153,11 +155,12 @@ CFStringRef CFStringCreateWithCString(CFAllocatorRef inAllocator, const char* in
 {
     if (inCString == nullptr)
         return nullptr;
-    return CFStringCreateWithBytes(inAllocator, reinterpret_cast<const UInt8*>(inCString), CFIndex(std::strlen(inCString)),
-                                   inEncoding, false);
+    return CFStringCreateWithBytes(inAllocator, reinterpret_cast<const UInt8*>(inCString),
+                                   CFIndex(std::strlen(inCString)), inEncoding, false);
 }
 
-CFStringRef CFStringCreateWithPascalString(CFAllocatorRef inAllocator, ConstStringPtr inPString, CFStringEncoding inEncoding)
+CFStringRef CFStringCreateWithPascalString(CFAllocatorRef inAllocator, ConstStringPtr inPString,
+                                           CFStringEncoding inEncoding)
 {
     if (inPString == nullptr)
         return nullptr;
@@ -172,7 +175,7 @@ CFStringRef CFStringCreateWithCharacters(CFAllocatorRef inAllocator, const UniCh
 }
 
 CFStringRef CFStringCreateWithCharactersNoCopy(CFAllocatorRef inAllocator, const UniChar* inChars, CFIndex inNumChars,
-                                              CFAllocatorRef inContentsDeallocator)
+                                               CFAllocatorRef inContentsDeallocator)
 {
     if (inNumChars < 0 || (inChars == nullptr && inNumChars > 0))
         return nullptr;
@@ -217,7 +220,8 @@ UniChar CFStringGetCharacterAtIndex(CFStringRef inString, CFIndex inIndex)
 {
     const __CFString& string = Str(inString, "CFStringGetCharacterAtIndex");
     if (inIndex < 0 || size_t(inIndex) >= string.mText.size())
-        cf::Fatal("CFStringGetCharacterAtIndex", "index %ld is outside a string of length %zu", inIndex, string.mText.size());
+        cf::Fatal("CFStringGetCharacterAtIndex", "index %ld is outside a string of length %zu", inIndex,
+                  string.mText.size());
     return string.mText[size_t(inIndex)];
 }
 
@@ -236,8 +240,8 @@ const UniChar* CFStringGetCharactersPtr(CFStringRef inString)
 const char* CFStringGetCStringPtr(CFStringRef inString, CFStringEncoding inEncoding)
 {
     const __CFString& string = Str(inString, "CFStringGetCStringPtr");
-    if (string.mConstantCString == nullptr || !cf::IsSupportedEncoding(inEncoding) || cf::MaxBytesPerUnit(inEncoding) == 2 ||
-        cf::MaxBytesPerUnit(inEncoding) == 4)
+    if (string.mConstantCString == nullptr || !cf::IsSupportedEncoding(inEncoding) ||
+        cf::MaxBytesPerUnit(inEncoding) == 2 || cf::MaxBytesPerUnit(inEncoding) == 4)
         return nullptr;
     for (char16_t unit : string.mText)
         if (unit >= 0x80)
@@ -273,11 +277,11 @@ std::string EncodedPrefix(std::u16string_view inText, CFStringEncoding inEncodin
     std::string prefix;
     std::string character;
     for (std::size_t at = 0; at < inText.size();) {
-        bool pair = inText[at] >= 0xD800 && inText[at] < 0xDC00 && at + 1 < inText.size()
-                    && inText[at + 1] >= 0xDC00 && inText[at + 1] < 0xE000;
+        bool pair = inText[at] >= 0xD800 && inText[at] < 0xDC00 && at + 1 < inText.size() && inText[at + 1] >= 0xDC00 &&
+                    inText[at + 1] < 0xE000;
         std::size_t length = pair ? 2 : 1;
-        if (!cf::Encode(inText.substr(at, length), inEncoding, 0, false, character)
-            || prefix.size() + character.size() > inRoom)
+        if (!cf::Encode(inText.substr(at, length), inEncoding, 0, false, character) ||
+            prefix.size() + character.size() > inRoom)
             break;
         prefix += character;
         at += length;
@@ -287,7 +291,8 @@ std::string EncodedPrefix(std::u16string_view inText, CFStringEncoding inEncodin
 
 }  // namespace
 
-Boolean CFStringGetPascalString(CFStringRef inString, StringPtr outBuffer, CFIndex inBufferSize, CFStringEncoding inEncoding)
+Boolean CFStringGetPascalString(CFStringRef inString, StringPtr outBuffer, CFIndex inBufferSize,
+                                CFStringEncoding inEncoding)
 {
     const __CFString& string = Str(inString, "CFStringGetPascalString");
     std::string bytes;
@@ -320,7 +325,8 @@ void CFStringAppendCharacters(CFMutableStringRef inString, const UniChar* inChar
 {
     __CFString& string = cf::MutableString(inString, "CFStringAppendCharacters");
     if (inNumChars < 0 || (inChars == nullptr && inNumChars > 0))
-        cf::Fatal("CFStringAppendCharacters", "invalid characters (%p, %ld)", static_cast<const void*>(inChars), inNumChars);
+        cf::Fatal("CFStringAppendCharacters", "invalid characters (%p, %ld)", static_cast<const void*>(inChars),
+                  inNumChars);
     string.mText.append(Units(inChars, inNumChars));
     string.Changed();
 }

@@ -15,11 +15,16 @@ namespace {
 const char* ConverterName(CFStringEncoding inEncoding)
 {
     switch (inEncoding) {
-    case kCFStringEncodingMacRoman: return "macintosh";
-    case kCFStringEncodingWindowsLatin1: return "windows-1252";
-    case kCFStringEncodingISOLatin1: return "ISO-8859-1";
-    case kCFStringEncodingASCII: return "US-ASCII";
-    default: return nullptr;
+    case kCFStringEncodingMacRoman:
+        return "macintosh";
+    case kCFStringEncodingWindowsLatin1:
+        return "windows-1252";
+    case kCFStringEncodingISOLatin1:
+        return "ISO-8859-1";
+    case kCFStringEncodingASCII:
+        return "US-ASCII";
+    default:
+        return nullptr;
     }
 }
 
@@ -170,9 +175,9 @@ bool EncodeWide(std::u16string_view inText, CFStringEncoding inEncoding, UInt8 i
 {
     bool wide = IsUTF32(inEncoding);
     size_t unit = wide ? 4 : 2;
-    Order order = inEncoding == kCFStringEncodingUTF16BE || inEncoding == kCFStringEncodingUTF32BE ? Order::Big
+    Order order = inEncoding == kCFStringEncodingUTF16BE || inEncoding == kCFStringEncodingUTF32BE   ? Order::Big
                   : inEncoding == kCFStringEncodingUTF16LE || inEncoding == kCFStringEncodingUTF32LE ? Order::Little
-                                                                                                       : kHostOrder;
+                                                                                                     : kHostOrder;
     outBytes.clear();
     bool bom = inExternal && (inEncoding == kCFStringEncodingUTF16 || inEncoding == kCFStringEncodingUTF32);
     if (bom)
@@ -200,9 +205,9 @@ bool EncodeUTF8(std::u16string_view inText, UInt8 inLossByte, std::string& outBy
     UErrorCode status = U_ZERO_ERROR;
     int32_t length = 0;
     int32_t substitutions = 0;
-    u_strToUTF8WithSub(outBytes.data(), int32_t(outBytes.size()), &length, reinterpret_cast<const UChar*>(inText.data()),
-                       int32_t(inText.size()), inLossByte != 0 ? UChar32(inLossByte) : U_SENTINEL, &substitutions,
-                       &status);
+    u_strToUTF8WithSub(outBytes.data(), int32_t(outBytes.size()), &length,
+                       reinterpret_cast<const UChar*>(inText.data()), int32_t(inText.size()),
+                       inLossByte != 0 ? UChar32(inLossByte) : U_SENTINEL, &substitutions, &status);
     if (U_FAILURE(status))
         return false;
     outBytes.resize(size_t(length));
@@ -224,8 +229,8 @@ bool EncodeWithConverter(std::u16string_view inText, CFStringEncoding inEncoding
         char bytes[8];
         UErrorCode status = U_ZERO_ERROR;
         ucnv_reset(converter);
-        int32_t length = ucnv_fromUChars(converter, bytes, sizeof bytes, reinterpret_cast<const UChar*>(inText.data() + i),
-                                         int32_t(units), &status);
+        int32_t length = ucnv_fromUChars(converter, bytes, sizeof bytes,
+                                         reinterpret_cast<const UChar*>(inText.data() + i), int32_t(units), &status);
         if (U_FAILURE(status)) {
             if (inLossByte == 0)
                 return false;
@@ -250,7 +255,8 @@ bool Decode(std::span<const UInt8> inBytes, CFStringEncoding inEncoding, bool in
 {
     if (inEncoding == kCFStringEncodingUTF8) {
         // Some writers mark UTF-8 files too; the mark is not part of the text.
-        bool marked = inExternal && inBytes.size() >= 3 && inBytes[0] == 0xEF && inBytes[1] == 0xBB && inBytes[2] == 0xBF;
+        bool marked = inExternal && inBytes.size() >= 3 && inBytes[0] == 0xEF && inBytes[1] == 0xBB &&
+                      inBytes[2] == 0xBF;
         return DecodeUTF8(marked ? inBytes.subspan(3) : inBytes, outText);
     }
     if (IsUTF16(inEncoding) || IsUTF32(inEncoding))

@@ -15,8 +15,8 @@ namespace cf {
 bool IsSupportedEncoding(CFStringEncoding inEncoding);
 
 // Decodes bytes into UTF-16. With inExternal, a leading byte-order mark of a UTF-16 or UTF-32
-// text chooses the byte order and is dropped, and one of a UTF-8 text is dropped. False when the bytes are not valid in the
-// encoding (nothing useful is left in outText then).
+// text chooses the byte order and is dropped, and one of a UTF-8 text is dropped. False when
+// the bytes are not valid in the encoding (nothing useful is left in outText then).
 bool Decode(std::span<const UInt8> inBytes, CFStringEncoding inEncoding, bool inExternal, std::u16string& outText);
 
 // Encodes UTF-16 into bytes. A character the encoding cannot represent becomes inLossByte,

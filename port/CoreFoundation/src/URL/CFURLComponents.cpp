@@ -10,7 +10,10 @@ namespace {
 using cf::url::Piece;
 using cf::url::Text;
 
-CFStringRef Copy(const __CFURL& inURL, Text inText) { return cf::CreateString(inURL.Allocator(), std::u16string(inText)); }
+CFStringRef Copy(const __CFURL& inURL, Text inText)
+{
+    return cf::CreateString(inURL.Allocator(), std::u16string(inText));
+}
 
 CFStringRef CopyPiece(const __CFURL& inURL, Piece inPiece) { return inPiece ? Copy(inURL, *inPiece) : nullptr; }
 

@@ -168,7 +168,8 @@ namespace {
 bool KeepsUnescaped(char32_t inCharacter)
 {
     constexpr std::string_view kDelimiters = "!*'();:@&=+$,/?";
-    return cf::url::IsUnreserved(inCharacter) || (inCharacter < 0x80 && kDelimiters.find(char(inCharacter)) != kDelimiters.npos);
+    return cf::url::IsUnreserved(inCharacter) ||
+           (inCharacter < 0x80 && kDelimiters.find(char(inCharacter)) != kDelimiters.npos);
 }
 
 std::u16string_view TextOf(CFStringRef inString, const char* inCall)

@@ -8,11 +8,8 @@
 #include <span>
 
 __CFURL::__CFURL(CFStringRef inString, CFURLRef inBase, CFStringEncoding inEncoding)
-    : Object(cf::kTypeIDURL),
-      mString(inString),
-      mBase(inBase ? static_cast<CFURLRef>(CFRetain(inBase)) : nullptr),
-      mEncoding(inEncoding),
-      mParts(cf::url::Split(Text()))
+    : Object(cf::kTypeIDURL), mString(inString), mBase(inBase ? static_cast<CFURLRef>(CFRetain(inBase)) : nullptr),
+      mEncoding(inEncoding), mParts(cf::url::Split(Text()))
 {
 }
 
@@ -89,8 +86,8 @@ CFURLRef BaseOrNull(CFURLRef inBase, const char* inCall)
 }
 
 // Text decoded from bytes; in compatibility mode anything goes, otherwise it must be a URL.
-CFURLRef CreateFromBytes(CFAllocatorRef inAllocator, const UInt8* inBytes, CFIndex inLength, CFStringEncoding inEncoding,
-                         CFURLRef inBase, bool inLenient)
+CFURLRef CreateFromBytes(CFAllocatorRef inAllocator, const UInt8* inBytes, CFIndex inLength,
+                         CFStringEncoding inEncoding, CFURLRef inBase, bool inLenient)
 {
     if (inLength < 0 || (inBytes == nullptr && inLength > 0))
         return nullptr;
@@ -129,10 +126,12 @@ CFURLRef CFURLCreateWithBytes(CFAllocatorRef inAllocator, const UInt8* inURLByte
 }
 
 CFURLRef CFURLCreateAbsoluteURLWithBytes(CFAllocatorRef inAllocator, const UInt8* inRelativeURLBytes, CFIndex inLength,
-                                         CFStringEncoding inEncoding, CFURLRef inBaseURL, Boolean inUseCompatibilityMode)
+                                         CFStringEncoding inEncoding, CFURLRef inBaseURL,
+                                         Boolean inUseCompatibilityMode)
 {
     CFURLRef relative = CreateFromBytes(inAllocator, inRelativeURLBytes, inLength, inEncoding,
-                                        BaseOrNull(inBaseURL, "CFURLCreateAbsoluteURLWithBytes"), inUseCompatibilityMode);
+                                        BaseOrNull(inBaseURL, "CFURLCreateAbsoluteURLWithBytes"),
+                                        inUseCompatibilityMode);
     if (relative == nullptr)
         return nullptr;
     const __CFURL& url = cf::URL(relative, "CFURLCreateAbsoluteURLWithBytes");

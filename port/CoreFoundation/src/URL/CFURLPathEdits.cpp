@@ -32,13 +32,17 @@ CFURLRef Rebuild(CFAllocatorRef inAllocator, const __CFURL& inURL, const PathSpl
     return cf::CreateURL(inAllocator, std::move(text), inURL.mBase, inURL.mEncoding);
 }
 
-std::optional<std::u16string> EscapedName(CFStringRef inName, Text inAlsoEscape, const __CFURL& inURL, const char* inCall)
+std::optional<std::u16string> EscapedName(CFStringRef inName, Text inAlsoEscape, const __CFURL& inURL,
+                                          const char* inCall)
 {
     cf::url::EscapeRule rule{cf::url::IsPathCharacter, inAlsoEscape, {}};
     return cf::url::Escape(cf::String(inName, inCall).mText, rule, inURL.mEncoding);
 }
 
-Text WithoutDirectorySlash(Text inPath) { return inPath.ends_with(u'/') ? inPath.substr(0, inPath.size() - 1) : inPath; }
+Text WithoutDirectorySlash(Text inPath)
+{
+    return inPath.ends_with(u'/') ? inPath.substr(0, inPath.size() - 1) : inPath;
+}
 
 // The root's parent and the parent of "." and ".." are spelled with "..", since only the
 // file system can say what they are.

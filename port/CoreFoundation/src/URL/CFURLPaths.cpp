@@ -203,8 +203,9 @@ CFURLRef CreateWithPath(CFAllocatorRef inAllocator, CFStringRef inPath, CFURLPat
     return CreateFileURL(inAllocator, host, std::move(path), inIsDirectory, inBase, inRelativeToCurrentDirectory);
 }
 
-CFURLRef CreateWithRepresentation(CFAllocatorRef inAllocator, const UInt8* inBuffer, CFIndex inLength, bool inIsDirectory,
-                                  CFURLRef inBase, bool inRelativeToCurrentDirectory, const char* inCall)
+CFURLRef CreateWithRepresentation(CFAllocatorRef inAllocator, const UInt8* inBuffer, CFIndex inLength,
+                                  bool inIsDirectory, CFURLRef inBase, bool inRelativeToCurrentDirectory,
+                                  const char* inCall)
 {
     if (inBuffer == nullptr || inLength < 0)
         return nullptr;
@@ -287,8 +288,8 @@ CFStringRef CFURLCopyFileSystemPath(CFURLRef inURL, CFURLPathStyle inPathStyle)
     const __CFURL& url = cf::URL(inURL, "CFURLCopyFileSystemPath");
     std::optional<std::string> bytes = PathBytes(url);
     std::u16string path;
-    if (!bytes || !cf::Decode({reinterpret_cast<const UInt8*>(bytes->data()), bytes->size()}, kCFStringEncodingUTF8,
-                              false, path))
+    if (!bytes ||
+        !cf::Decode({reinterpret_cast<const UInt8*>(bytes->data()), bytes->size()}, kCFStringEncodingUTF8, false, path))
         return nullptr;
     switch (inPathStyle) {
     case kCFURLPOSIXPathStyle:

@@ -37,8 +37,8 @@ struct Outcome {
 // there is none. A value that is not a list counts as none: the login window ignores it too.
 ItemList CopyStoredItems()
 {
-    CFPropertyListRef value =
-        CFPreferencesCopyValue(ItemListKey(), LoginWindowDomain(), kCFPreferencesCurrentUser, kCFPreferencesAnyHost);
+    CFPropertyListRef value = CFPreferencesCopyValue(ItemListKey(), LoginWindowDomain(), kCFPreferencesCurrentUser,
+                                                     kCFPreferencesAnyHost);
     if (value != nullptr && CFGetTypeID(value) != CFArrayGetTypeID()) {
         CFRelease(value);
         value = nullptr;
@@ -85,7 +85,8 @@ struct NameFilter {
         if (units == nullptr)
             return false;
         std::u16string_view path(reinterpret_cast<const char16_t*>(units), std::size_t(CFStringGetLength(inPath)));
-        if (!path.starts_with(u'/') || std::any_of(path.begin(), path.end(), [](char16_t inUnit) { return inUnit >= 0x80; }))
+        if (!path.starts_with(u'/') ||
+            std::any_of(path.begin(), path.end(), [](char16_t inUnit) { return inUnit >= 0x80; }))
             return false;
         auto same = [](char16_t inUnit, char inFolded) { return FoldASCII(inUnit) == inFolded; };
         return std::search(path.begin(), path.end(), folded->begin(), folded->end(), same) == path.end();
@@ -100,11 +101,12 @@ Gx::CFURL EntryURL(CFDictionaryRef inEntry, const NameFilter& inFilter)
     if (CFGetTypeID(inEntry) != CFDictionaryGetTypeID())
         return {};
     CFTypeRef path = CFDictionaryGetValue(inEntry, PathKey());
-    if (path == nullptr || CFGetTypeID(path) != CFStringGetTypeID() || inFilter.RulesOut(static_cast<CFStringRef>(path)))
+    if (path == nullptr || CFGetTypeID(path) != CFStringGetTypeID() ||
+        inFilter.RulesOut(static_cast<CFStringRef>(path)))
         return {};
-    return Gx::CFURL(CFURLCreateWithFileSystemPath(kCFAllocatorDefault, static_cast<CFStringRef>(path),
-                                                   kCFURLPOSIXPathStyle, false),
-                     false);
+    return Gx::CFURL(
+        CFURLCreateWithFileSystemPath(kCFAllocatorDefault, static_cast<CFStringRef>(path), kCFURLPOSIXPathStyle, false),
+        false);
 }
 
 bool NameContains(const Gx::CFURL& inURL, CFStringRef inName)

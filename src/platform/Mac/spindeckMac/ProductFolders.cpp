@@ -29,10 +29,7 @@ FSRef FindFolder(int inDomain, OSType inType)
     return folder;
 }
 
-Gx::CFURL BundleResource(CFStringRef inName)
-{
-    return kvx::GetBundle().GetResourceURL(inName, nullptr, nullptr);
-}
+Gx::CFURL BundleResource(CFStringRef inName) { return kvx::GetBundle().GetResourceURL(inName, nullptr, nullptr); }
 
 // A resource the code bundle must hold: its absence is the nil-reference error.
 Gx::CFURL RequiredResource(CFStringRef inName)
@@ -90,9 +87,8 @@ StringObject CreateUniqueName(const SetObject<CFStringRef>& inRegistery)
     for (int n = 0;; ++n) {
         StringObject candidate = base;
         if (n > 0)
-            candidate = StringObject(CFStringCreateWithFormat(kCFAllocatorDefault, nullptr, CFSTR("%@%d"),
-                                                              base.UseRef(), n),
-                                     false);
+            candidate = StringObject(
+                CFStringCreateWithFormat(kCFAllocatorDefault, nullptr, CFSTR("%@%d"), base.UseRef(), n), false);
         if (!inRegistery.ContainsValue(candidate.UseRef()))
             return candidate;
     }

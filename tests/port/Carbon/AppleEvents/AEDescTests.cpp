@@ -136,7 +136,8 @@ TEST_F(AEDescriptors, CoerceTextCodesAndProcesses)
     EXPECT_EQ(Coerced(typeType, code, typeSInt32, number), errAECoercionFail);
 
     pid_t pid = 0;
-    EXPECT_EQ(Coerced(typeProcessSerialNumber, ProcessSerialNumber{0, kCurrentProcess}, typeKernelProcessID, pid), noErr);
+    EXPECT_EQ(Coerced(typeProcessSerialNumber, ProcessSerialNumber{0, kCurrentProcess}, typeKernelProcessID, pid),
+              noErr);
     EXPECT_EQ(pid, ::getpid());
 
     Desc asStored;
@@ -227,7 +228,8 @@ TEST_F(AEDescriptors, RecordsAreKeyed)
     EXPECT_EQ(type, typeSInt32);
     EXPECT_EQ(size, 4);
 
-    EXPECT_EQ(AEGetKeyPtr(&record.d, FourCC("none"), typeSInt32, &type, &value, sizeof value, &size), errAEDescNotFound);
+    EXPECT_EQ(AEGetKeyPtr(&record.d, FourCC("none"), typeSInt32, &type, &value, sizeof value, &size),
+              errAEDescNotFound);
     EXPECT_EQ(AEDeleteKeyDesc(&record.d, FourCC("frst")), noErr);
     EXPECT_EQ(AEDeleteKeyDesc(&record.d, FourCC("frst")), errAEDescNotFound);
     EXPECT_EQ(AEPutPtr(&record.d, 0, typeSInt32, &value, sizeof value), errAEWrongDataType);
@@ -273,7 +275,8 @@ TEST_F(AEDescriptors, AppleEventsCarryAttributesAndParameters)
     Desc record;
     AECreateList(nullptr, 0, true, &record.d);
     AEEventClass eventClass = kCoreEventClass;
-    EXPECT_EQ(AEGetAttributePtr(&record.d, keyEventClassAttr, typeType, &type, &eventClass, 4, &size), errAENotAppleEvent);
+    EXPECT_EQ(AEGetAttributePtr(&record.d, keyEventClassAttr, typeType, &type, &eventClass, 4, &size),
+              errAENotAppleEvent);
     EXPECT_EQ(AEPutAttributePtr(&record.d, keyEventClassAttr, typeType, &eventClass, 4), errAENotAppleEvent);
 }
 
@@ -328,7 +331,8 @@ TEST_F(AEDescriptors, FlatFormAndContainerDataRoundTripAndDamageIsRefused)
     };
     // A newer version, a length one byte short of the contents, an unknown kind.
     for (auto [at, value, status] : {std::tuple<std::size_t, char, OSErr>{5, 2, errAENewerVersion},
-                                     {11, char(flat[11] - 1), errAECorruptData}, {16, 9, errAECorruptData}}) {
+                                     {11, char(flat[11] - 1), errAECorruptData},
+                                     {16, 9, errAECorruptData}}) {
         std::vector<char> damaged = flat;
         damaged[at] = value;
         EXPECT_EQ(unflatten(damaged), status) << "byte " << at;

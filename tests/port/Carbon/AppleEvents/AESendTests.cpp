@@ -25,11 +25,13 @@ constexpr AEEventClass kTestClass = FourCC("SdTs");
 constexpr AEEventID kEcho = FourCC("echo");
 
 template <class Address>
-void MakeEvent(DescType inAddressType, const Address& inAddress, AEEventClass inClass, AEEventID inID, AppleEvent& outEvent)
+void MakeEvent(DescType inAddressType, const Address& inAddress, AEEventClass inClass, AEEventID inID,
+               AppleEvent& outEvent)
 {
     Desc address;
     ASSERT_EQ(AECreateDesc(inAddressType, &inAddress, sizeof inAddress, &address.d), noErr);
-    ASSERT_EQ(AECreateAppleEvent(inClass, inID, &address.d, kAutoGenerateReturnID, kAnyTransactionID, &outEvent), noErr);
+    ASSERT_EQ(AECreateAppleEvent(inClass, inID, &address.d, kAutoGenerateReturnID, kAnyTransactionID, &outEvent),
+              noErr);
 }
 
 OSErr Send(const AppleEvent& inEvent, AppleEvent* outReply, AESendMode inMode, long inTimeout = kAEDefaultTimeout)
@@ -205,7 +207,11 @@ TEST_F(AERemoteResponder, DeliversTheEventAndBringsBackTheReplyOrStatus)
 {
     Desc event, reply, list, sent, echoed, unknown, unknownReply, slow;
     MakeEvent(typeProcessSerialNumber, mPSN, kTestClass, kEcho, event.d);
-    ASSERT_EQ(AEPutParamPtr(&event.d, keyDirectObject, typeUTF8Text, "\xC3\xBC" "ber", 5), noErr);
+    ASSERT_EQ(AEPutParamPtr(&event.d, keyDirectObject, typeUTF8Text,
+                            "\xC3\xBC"
+                            "ber",
+                            5),
+              noErr);
     AECreateList(nullptr, 0, false, &list.d);
     for (SInt64 value : {SInt64(-1), SInt64(1) << 40})
         AEPutPtr(&list.d, 0, typeSInt64, &value, sizeof value);

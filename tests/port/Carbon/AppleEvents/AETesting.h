@@ -16,7 +16,10 @@ namespace spindeck::test {
 struct Desc {
     AEDesc d{typeNull, nullptr};
     Desc() = default;
-    Desc(DescType inType, const void* inData, Size inSize) { EXPECT_EQ(AECreateDesc(inType, inData, inSize, &d), noErr); }
+    Desc(DescType inType, const void* inData, Size inSize)
+    {
+        EXPECT_EQ(AECreateDesc(inType, inData, inSize, &d), noErr);
+    }
     ~Desc() { AEDisposeDesc(&d); }
     Desc(const Desc&) = delete;
     Desc& operator=(const Desc&) = delete;

@@ -34,16 +34,20 @@ TEST(CarbonEvents, TheRunLoopHandsEventsOutByPriorityToTheNewestHandlerThatTakes
 {
     Calls calls;
     std::vector<EventHandlerRef> handlers(4);
-    std::pair<EventHandlerUPP, UInt32> installs[] = {{Record<'a'>, 1}, {Record<'a'>, 2}, {Record<'b'>, 1}, {Record<'a'>, 3}};
+    std::pair<EventHandlerUPP, UInt32> installs[] = {
+        {Record<'a'>, 1}, {Record<'a'>, 2}, {Record<'b'>, 1}, {Record<'a'>, 3}};
     for (size_t i = 0; i < handlers.size(); ++i) {
         EventTypeSpec type{kTestClass, installs[i].second};
-        EXPECT_EQ(InstallEventHandler(GetApplicationEventTarget(), installs[i].first, 1, &type, &calls, &handlers[i]), noErr);
+        EXPECT_EQ(InstallEventHandler(GetApplicationEventTarget(), installs[i].first, 1, &type, &calls, &handlers[i]),
+                  noErr);
     }
     EventRef low = Make(3), standard = Make(1), high = Make(2);
     SInt32 value = -12, read = 0;
     EXPECT_EQ(SetEventParameter(high, FourCC("vmiv"), typeSInt32, sizeof value, &value), noErr);
-    EXPECT_EQ(GetEventParameter(high, FourCC("vmiv"), typeSInt16, nullptr, sizeof read, nullptr, &read), errAECoercionFail);
-    EXPECT_EQ(GetEventParameter(high, FourCC("none"), typeWildCard, nullptr, 0, nullptr, nullptr), eventParameterNotFoundErr);
+    EXPECT_EQ(GetEventParameter(high, FourCC("vmiv"), typeSInt16, nullptr, sizeof read, nullptr, &read),
+              errAECoercionFail);
+    EXPECT_EQ(GetEventParameter(high, FourCC("none"), typeWildCard, nullptr, 0, nullptr, nullptr),
+              eventParameterNotFoundErr);
     EXPECT_EQ(GetEventParameter(high, FourCC("vmiv"), typeWildCard, nullptr, sizeof read, nullptr, &read), noErr);
     EXPECT_EQ(read, -12);
 

@@ -84,8 +84,9 @@ TEST(FilesCatalog, InformationRoundTrips)
     ASSERT_EQ(FSSetCatalogInfo(&file, kAll & ~kFSCatInfoAttrMod, &set), noErr);
 
     FSCatalogInfo got{};
-    ASSERT_EQ(FSGetCatalogInfo(&file, kAll | kFSCatInfoNodeFlags | kFSCatInfoDataSizes, &got, nullptr, nullptr, nullptr),
-              noErr);
+    ASSERT_EQ(
+        FSGetCatalogInfo(&file, kAll | kFSCatInfoNodeFlags | kFSCatInfoDataSizes, &got, nullptr, nullptr, nullptr),
+        noErr);
     auto same = [](const UTCDateTime& inA, const UTCDateTime& inB) {
         return inA.highSeconds == inB.highSeconds && inA.lowSeconds == inB.lowSeconds && inA.fraction == inB.fraction;
     };

@@ -41,9 +41,8 @@ OSErr DeleteContents(const FSRef& inFolder, int& ioDeepest, int inDepth = 0)
     ItemCount count = 0;
     FSCatalogInfo info;
     FSRef item;
-    while (status == noErr &&
-           (status = FSGetCatalogInfoBulk(iterator, 1, &count, nullptr, kFSCatInfoNodeFlags, &info, &item, nullptr,
-                                          nullptr)) == noErr) {
+    while (status == noErr && (status = FSGetCatalogInfoBulk(iterator, 1, &count, nullptr, kFSCatInfoNodeFlags, &info,
+                                                             &item, nullptr, nullptr)) == noErr) {
         if (info.nodeFlags & kFSNodeIsDirectoryMask)
             status = DeleteContents(item, ioDeepest, inDepth + 1);
         if (status == noErr && (info.nodeFlags & kFSNodeLockedMask)) {
@@ -157,7 +156,8 @@ TEST(FilesIterators, DeletingItemsTakesTheirCompanionsAlong)
     reinterpret_cast<FileInfo*>(info.finderInfo)->fileType = FourCC("TEXT");
     ASSERT_EQ(FSSetCatalogInfo(&later, kFSCatInfoFinderInfo, &info), noErr);
     ASSERT_TRUE(Exists(folder.Path("._" + laterName)));
-    while (FSGetCatalogInfoBulk(iterator, 1, &count, nullptr, kFSCatInfoNone, nullptr, &item, nullptr, nullptr) == noErr)
+    while (FSGetCatalogInfoBulk(iterator, 1, &count, nullptr, kFSCatInfoNone, nullptr, &item, nullptr, nullptr) ==
+           noErr)
         ASSERT_EQ(FSDeleteObject(&item), noErr);
     EXPECT_EQ(FSCloseIterator(iterator), noErr);
     EXPECT_FALSE(Exists(folder.Path("._" + laterName)));

@@ -148,7 +148,8 @@ TEST(FilesVolumes, RootIsNodeTwoWithAnEmptyParent)
     ItemCount index = 1;
     while (FSGetVolumeInfo(kFSInvalidVolumeRefNum, index, nullptr, kFSVolInfoNone, nullptr, nullptr, nullptr) == noErr)
         ++index;
-    EXPECT_EQ(FSGetVolumeInfo(kFSInvalidVolumeRefNum, index, nullptr, kFSVolInfoNone, nullptr, nullptr, nullptr), nsvErr);
+    EXPECT_EQ(FSGetVolumeInfo(kFSInvalidVolumeRefNum, index, nullptr, kFSVolInfoNone, nullptr, nullptr, nullptr),
+              nsvErr);
     EXPECT_EQ(FSGetVolumeInfo(12345, 0, nullptr, kFSVolInfoNone, nullptr, nullptr, nullptr), nsvErr);
 }
 
@@ -158,7 +159,8 @@ TEST(FilesVolumes, DirectoryIDsSpecsAndURLsLeadBackToTheItems)
     WriteFile(folder.Path("leaf.txt"), "");
     FSRef container = RefOf(folder.Path()), leaf = RefOf(folder.Path("leaf.txt"));
     FSCatalogInfo info;
-    ASSERT_EQ(FSGetCatalogInfo(&container, kFSCatInfoVolume | kFSCatInfoNodeID, &info, nullptr, nullptr, nullptr), noErr);
+    ASSERT_EQ(FSGetCatalogInfo(&container, kFSCatInfoVolume | kFSCatInfoNodeID, &info, nullptr, nullptr, nullptr),
+              noErr);
 
     FSRefParam block{};
     FSRef made;

@@ -22,9 +22,12 @@ using spindeck::test::ScopedVariable;
 namespace {
 
 // Each variable a test sets, with the folder under the test's own root that it names.
-constexpr std::pair<const char*, const char*> kVariables[] = {
-    {"HOME", "home"},   {"XDG_DATA_HOME", "data"}, {"XDG_CONFIG_HOME", "config"}, {"XDG_CACHE_HOME", "cache"},
-    {"XDG_STATE_HOME", "state"}, {"TMPDIR", "tmp"}};
+constexpr std::pair<const char*, const char*> kVariables[] = {{"HOME", "home"},
+                                                              {"XDG_DATA_HOME", "data"},
+                                                              {"XDG_CONFIG_HOME", "config"},
+                                                              {"XDG_CACHE_HOME", "cache"},
+                                                              {"XDG_STATE_HOME", "state"},
+                                                              {"TMPDIR", "tmp"}};
 
 class Folders : public ::testing::Test {
 protected:
@@ -70,11 +73,16 @@ TEST_F(Folders, TheUserDomainFollowsTheXdgFolders)
         mode_t mode;
     };
     const Expected folders[] = {
-        {kApplicationSupportFolderType, "data", 0700},  {kPreferencesFolderType, "config/preferences", 0700},
-        {kPreferencePanesFolderType, "data/preference-panes", 0755}, {kApplicationsFolderType, "data/application-bundles", 0755},
-        {kFontsFolderType, "data/fonts", 0755},         {kCachedDataFolderType, "cache", 0700},
-        {kLogsFolderType, "state/log", 0700},           {kTemporaryFolderType, "tmp", 0700},
-        {kDesktopFolderType, "home/Desktop", 0755},     {kDocumentsFolderType, "home/Documents", 0755},
+        {kApplicationSupportFolderType, "data", 0700},
+        {kPreferencesFolderType, "config/preferences", 0700},
+        {kPreferencePanesFolderType, "data/preference-panes", 0755},
+        {kApplicationsFolderType, "data/application-bundles", 0755},
+        {kFontsFolderType, "data/fonts", 0755},
+        {kCachedDataFolderType, "cache", 0700},
+        {kLogsFolderType, "state/log", 0700},
+        {kTemporaryFolderType, "tmp", 0700},
+        {kDesktopFolderType, "home/Desktop", 0755},
+        {kDocumentsFolderType, "home/Documents", 0755},
         {kCurrentUserFolderType, "home", 0700},
     };
     for (const Expected& folder : folders)
@@ -104,10 +112,11 @@ TEST_F(Folders, TheEnvironmentIsReadAtEachCall)
     EXPECT_EQ(ModeOf(mRoot / "home/.local/share"), 0700);
 
     fs::create_directories(mRoot / "config");
-    std::ofstream(mRoot / "config/user-dirs.dirs") << "# written by xdg-user-dirs-update\n"
-                                                   << "XDG_DESKTOP_DIR=\"$HOME/Schreibtisch\"\n"
-                                                   << "  XDG_DOCUMENTS_DIR=\"" << (mRoot / "elsewhere/My \\\"Docs\\\"").string() << "\"\n"
-                                                   << "XDG_DOCUMENTS_DIR_OLD=\"/nowhere\"\n";
+    std::ofstream(mRoot / "config/user-dirs.dirs")
+        << "# written by xdg-user-dirs-update\n"
+        << "XDG_DESKTOP_DIR=\"$HOME/Schreibtisch\"\n"
+        << "  XDG_DOCUMENTS_DIR=\"" << (mRoot / "elsewhere/My \\\"Docs\\\"").string() << "\"\n"
+        << "XDG_DOCUMENTS_DIR_OLD=\"/nowhere\"\n";
     EXPECT_EQ(Find(kUserDomain, kDesktopFolderType, kCreateFolder), (mRoot / "home/Schreibtisch").string());
     EXPECT_EQ(Find(kUserDomain, kDocumentsFolderType, kCreateFolder), (mRoot / "elsewhere/My \"Docs\"").string());
 

@@ -173,7 +173,8 @@ TEST(LaunchServices, RunsABundleOnceUnlessAnotherInstanceIsAsked)
     TemporaryFolder folder;
     std::string bundle = folder.Path("Probe.app"), executable = bundle + "/Contents/MacOS/Probe";
     MakeBundle(bundle, "<key>CFBundlePackageType</key><string>APPL</string>", "Probe", kTarget);
-    URL bundleURL = PathURL(bundle, true), executableURL = PathURL(executable), secondReport = PathURL(folder.Path("2"));
+    URL bundleURL = PathURL(bundle, true), executableURL = PathURL(executable),
+        secondReport = PathURL(folder.Path("2"));
     ScopedVariable reportTo("SPINDECK_LAUNCH_REPORT", folder.Path("1"));
 
     CFURLRef launched = nullptr;
@@ -287,7 +288,8 @@ TEST(LaunchServices, NamesBundlesByTheirNameAndOtherItemsByTheirFileName)
     MakeBundle(folder.Path("Named.app"), "<key>CFBundleName</key><string>Spindeck Demo</string>");
     MakeBundle(folder.Path("Plain.app"), "");
     WriteFile(folder.Path("notes.txt"), "text\n");
-    for (auto [file, name] : {std::pair{"Named.app", "Spindeck Demo"}, {"Plain.app", "Plain"}, {"notes.txt", "notes.txt"}}) {
+    for (auto [file, name] :
+         {std::pair{"Named.app", "Spindeck Demo"}, {"Plain.app", "Plain"}, {"notes.txt", "notes.txt"}}) {
         URL url = PathURL(folder.Path(file), fs::is_directory(folder.Path(file)));
         CFStringRef displayName = nullptr;
         EXPECT_EQ(LSCopyDisplayNameForURL(url.Get(), &displayName), noErr);

@@ -55,10 +55,10 @@ int main(int argc, char** argv)
     if (reportPath.empty())
         return 2;
 
-    std::string report = "pid=" + std::to_string(::getpid()) + "\nsid=" + std::to_string(::getsid(0)) +
-                         "\nfds=" + fds + "\ncwd=" + LinkTarget("/proc/self/cwd") +
-                         "\nstdin=" + LinkTarget("/proc/self/fd/0") + "\nstdout=" + LinkTarget("/proc/self/fd/1") +
-                         "\nstderr=" + LinkTarget("/proc/self/fd/2") + "\n";
+    std::string report = "pid=" + std::to_string(::getpid()) + "\nsid=" + std::to_string(::getsid(0)) + "\nfds=" + fds +
+                         "\ncwd=" + LinkTarget("/proc/self/cwd") + "\nstdin=" + LinkTarget("/proc/self/fd/0") +
+                         "\nstdout=" + LinkTarget("/proc/self/fd/1") + "\nstderr=" + LinkTarget("/proc/self/fd/2") +
+                         "\n";
     for (int i = 2; i < argc; ++i)
         report += std::string("arg=") + argv[i] + "\n";
     std::printf("LaunchTarget %d started\n", int(::getpid()));

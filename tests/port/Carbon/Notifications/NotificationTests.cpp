@@ -42,7 +42,8 @@ protected:
 TEST_F(Notes, EachNoteIsOneNotificationAndItsRoutineRunsOnTheRunLoopWhenClosed)
 {
     NotificationServer server;
-    unsigned char text[] = "\x05Hello", roman[] = "\x08" "caf\x8E <&>";  // not UTF-8: read as Mac Roman
+    unsigned char text[] = "\x05Hello", roman[] = "\x08"
+                                                  "caf\x8E <&>";  // not UTF-8: read as Mac Roman
     NMRec loud = Note(text, true), quiet = Note(roman, false);
     ASSERT_EQ(NMInstall(&loud), noErr);
     text[1] = 'J';  // the text was copied when the note was posted
@@ -115,7 +116,8 @@ TEST_F(Notes, ARealNotificationDaemonShowsAndClosesTheNote)
     ASSERT_EQ(NMInstall(&note), noErr);
     // The number the daemon gave is its own matter; closing numbers never given out is no error.
     for (std::uint32_t id = 1; id <= 8; ++id)
-        sd_bus_call_method(bus, name, "/org/freedesktop/Notifications", name, "CloseNotification", nullptr, nullptr, "u", id);
+        sd_bus_call_method(bus, name, "/org/freedesktop/Notifications", name, "CloseNotification", nullptr, nullptr,
+                           "u", id);
     EXPECT_TRUE(RunLoopUntil(Responded));
     EXPECT_EQ(sResponses, std::vector<NMRecPtr>{&note});
 }

@@ -40,7 +40,8 @@ protected:
     FSRef WriteFile(const std::string& inName, const std::vector<UInt8>& inBytes)
     {
         std::string path = mFolder.Path(inName);
-        std::ofstream(path, std::ios::binary).write(reinterpret_cast<const char*>(inBytes.data()), std::streamsize(inBytes.size()));
+        std::ofstream(path, std::ios::binary)
+            .write(reinterpret_cast<const char*>(inBytes.data()), std::streamsize(inBytes.size()));
         return RefOf(path);
     }
 
@@ -59,15 +60,18 @@ protected:
 
     ResFileRefNum OpenOlderAndNewer()
     {
-        ResFileRefNum older = Open("older", BuildResourceFile({
-            {kStrings, 128, StringList({"alpha", "", "gamma"})},
-            {kText, 1, "from the older file", "Greeting", resPurgeable | resLocked},
-            {kText, 7, "only in the older file", "Shared"},
-        }).bytes);
+        ResFileRefNum older = Open(
+            "older", BuildResourceFile({
+                                           {kStrings, 128, StringList({"alpha", "", "gamma"})},
+                                           {kText, 1, "from the older file", "Greeting", resPurgeable | resLocked},
+                                           {kText, 7, "only in the older file", "Shared"},
+                                       })
+                         .bytes);
         mNewer = Open("newer", BuildResourceFile({
-            {kText, 1, "from the newer file"},
-            {kIcon, 2, std::string(32, '\x55'), "Shared"},
-        }).bytes);
+                                                     {kText, 1, "from the newer file"},
+                                                     {kIcon, 2, std::string(32, '\x55'), "Shared"},
+                                                 })
+                                   .bytes);
         return older;
     }
 
@@ -99,9 +103,11 @@ TEST_F(ResourceFiles, TheChainIsSearchedFromTheCurrentFileDownAndClosedFromTheTo
     EXPECT_EQ(CountResources(kIcon), 0);
 
     UseResFile(mNewer);
-    EXPECT_EQ(Contents(GetNamedResource(kText, reinterpret_cast<ConstStr255Param>("\x08greeting"))), "from the older file");
+    EXPECT_EQ(Contents(GetNamedResource(kText, reinterpret_cast<ConstStr255Param>("\x08greeting"))),
+              "from the older file");
     EXPECT_EQ(Get1NamedResource(kText, reinterpret_cast<ConstStr255Param>("\x08Greeting")), nullptr);
-    EXPECT_EQ(Contents(Get1NamedResource(kIcon, reinterpret_cast<ConstStr255Param>("\x06SHARED"))), std::string(32, '\x55'));
+    EXPECT_EQ(Contents(Get1NamedResource(kIcon, reinterpret_cast<ConstStr255Param>("\x06SHARED"))),
+              std::string(32, '\x55'));
 
     UseResFile(older);
     EXPECT_EQ(Contents(Get1IndResource(kText, 2)), "only in the older file");
@@ -207,16 +213,11 @@ TEST_F(ResourceFiles, DamagedMapsAreRefused)
         unsigned width;
     };
     const Damage damages[] = {
-        {"map beyond the file", 4, UInt32(size - 10), 4},
-        {"data longer than the file", 8, UInt32(size), 4},
-        {"type list outside the map", map + 24, 0xFFF0, 2},
-        {"type list inside the map header", map + 24, 4, 2},
-        {"name list outside the map", map + 26, 0x7000, 2},
-        {"more types than listed", map + 28, 0x0100, 2},
-        {"reference list outside the map", map + 36, 0x4000, 2},
-        {"more references than listed", map + 34, 0x0200, 2},
-        {"name outside the name list", ref + 2, 0x1000, 2},
-        {"data offset outside the data", ref + 5, 0x1000, 3},
+        {"map beyond the file", 4, UInt32(size - 10), 4},        {"data longer than the file", 8, UInt32(size), 4},
+        {"type list outside the map", map + 24, 0xFFF0, 2},      {"type list inside the map header", map + 24, 4, 2},
+        {"name list outside the map", map + 26, 0x7000, 2},      {"more types than listed", map + 28, 0x0100, 2},
+        {"reference list outside the map", map + 36, 0x4000, 2}, {"more references than listed", map + 34, 0x0200, 2},
+        {"name outside the name list", ref + 2, 0x1000, 2},      {"data offset outside the data", ref + 5, 0x1000, 3},
         {"data length beyond the data", 256, 0x10000, 4},
     };
     for (const Damage& damage : damages) {
@@ -275,7 +276,8 @@ TEST_F(ResourceFiles, BundlesOpenAndCloseTheirFilesTogether)
            "<key>CFBundleDevelopmentRegion</key><string>en</string></dict></plist>\n";
     WriteFile("Tool.bundle/Contents/Resources/Tool.rsrc",
               BuildResourceFile({{kText, 1, "general"}, {kText, 2, "only general"}}).bytes);
-    WriteFile("Tool.bundle/Contents/Resources/en.lproj/Localized.rsrc", BuildResourceFile({{kText, 1, "english"}}).bytes);
+    WriteFile("Tool.bundle/Contents/Resources/en.lproj/Localized.rsrc",
+              BuildResourceFile({{kText, 1, "english"}}).bytes);
 
     const std::string path = mFolder.Path("Tool.bundle");
     CFURLRef url = CFURLCreateFromFileSystemRepresentation(nullptr, reinterpret_cast<const UInt8*>(path.c_str()),

@@ -34,9 +34,9 @@ TEST(Collation, FileNameOptions)
     EXPECT_EQ(Order(u"file010", u"file10"), 0);
     EXPECT_NE(Order(u"é", u"e"), 0);
     EXPECT_EQ(Order(u"\uFF21", u"A"), 0);              // full-width A
-    EXPECT_EQ(Order(u"\uFF76\uFF9E", u"\u30AC"), 0);    // half-width ka with voicing mark
+    EXPECT_EQ(Order(u"\uFF76\uFF9E", u"\u30AC"), 0);   // half-width ka with voicing mark
     EXPECT_EQ(Order(u"caf\u00E9", u"cafe\u0301"), 0);  // composed and decomposed
-    EXPECT_NE(Order(u"a-b", u"ab"), 0);                 // punctuation counts
+    EXPECT_NE(Order(u"a-b", u"ab"), 0);                // punctuation counts
     EXPECT_EQ(Order(u"", u""), 0);
     EXPECT_EQ(Order(u"", u"a"), -1);
     EXPECT_EQ(Order(u"apple", u"Banana"), -1);
@@ -54,7 +54,8 @@ TEST(Collation, EachOptionOnItsOwnAndTheArguments)
     EXPECT_EQ(Order(u"\u00E9", u"e\u0301", kUCCollateComposeInsensitiveMask), 0);
     EXPECT_EQ(Order(u"R\u00E9sum\u00E9", u"Resume", kUCCollateDiacritInsensitiveMask), 0);
     EXPECT_NE(Order(u"R\u00E9sum\u00E9", u"resume", kUCCollateDiacritInsensitiveMask), 0);
-    EXPECT_EQ(Order(u"R\u00C9SUM\u00C9", u"resume", kUCCollateDiacritInsensitiveMask | kUCCollateCaseInsensitiveMask), 0);
+    EXPECT_EQ(Order(u"R\u00C9SUM\u00C9", u"resume", kUCCollateDiacritInsensitiveMask | kUCCollateCaseInsensitiveMask),
+              0);
 
     // Punctuation and spaces are passed over unless they are significant.
     EXPECT_EQ(Order(u"a-b c", u"abc", 0), 0);

@@ -23,8 +23,9 @@ TEST(TextEncoding, PartsPackAsStringEncodingsDo)
           {kTextEncodingUnicodeV2_0, kUnicodeHFSPlusDecompVariant, kUnicodeUTF8Format, 0x08080103},
           {0xFFFF, 0x3FF, 0x3F, 0xFFFFFFFF}}) {
         EXPECT_EQ(CreateTextEncoding(base, variant, format), packed);
-        EXPECT_EQ(std::tuple(GetTextEncodingBase(packed), GetTextEncodingVariant(packed), GetTextEncodingFormat(packed)),
-                  std::tuple(base, variant, format));
+        EXPECT_EQ(
+            std::tuple(GetTextEncodingBase(packed), GetTextEncodingVariant(packed), GetTextEncodingFormat(packed)),
+            std::tuple(base, variant, format));
     }
     // Each part keeps to its own bits.
     EXPECT_EQ(CreateTextEncoding(0x1FFFF, 0x7FF, 0x7F), 0xFFFFFFFFu);
@@ -86,7 +87,8 @@ TEST(TextEncoding, ScriptInformationSelectsTheEncoding)
             std::copy_n(c.font, font[0], font + 1);
         }
         TextEncoding encoding = 0xDEADBEEF;
-        OSStatus status = UpgradeScriptInfoToTextEncoding(c.script, c.language, c.region, c.font ? font : nullptr, &encoding);
+        OSStatus status = UpgradeScriptInfoToTextEncoding(c.script, c.language, c.region, c.font ? font : nullptr,
+                                                          &encoding);
         EXPECT_EQ(status, c.status) << c.script << "/" << c.language << "/" << c.region;
         EXPECT_EQ(encoding, c.status == noErr ? CreateTextEncoding(c.base, 0, 0) : 0xDEADBEEF)
             << c.script << "/" << c.language << "/" << c.region;

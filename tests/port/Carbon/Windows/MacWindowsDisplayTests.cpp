@@ -22,8 +22,8 @@ TEST(MacWindows, OnADisplayEachWindowIsAnXWindowThatFollowsItsRecord)
         return reply ? reply->map_state : 0xFF;
     };
     auto inputRectangles = [x](xcb_window_t inWindow) {
-        XReply<xcb_shape_get_rectangles_reply_t> reply(xcb_shape_get_rectangles_reply(
-            x, xcb_shape_get_rectangles(x, inWindow, XCB_SHAPE_SK_INPUT), nullptr));
+        XReply<xcb_shape_get_rectangles_reply_t> reply(
+            xcb_shape_get_rectangles_reply(x, xcb_shape_get_rectangles(x, inWindow, XCB_SHAPE_SK_INPUT), nullptr));
         return reply ? int(reply->rectangles_len) : -1;
     };
     {

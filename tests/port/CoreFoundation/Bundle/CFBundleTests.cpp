@@ -42,8 +42,8 @@ std::string BinaryTable(const char* inKey, const char* inValue)
     Ref key(Str(inKey)), value(Str(inValue));
     const void* keys[] = {key.get()};
     const void* values[] = {value.get()};
-    Ref table(CFDictionaryCreate(nullptr, keys, values, 1, &kCFTypeDictionaryKeyCallBacks,
-                                 &kCFTypeDictionaryValueCallBacks));
+    Ref table(
+        CFDictionaryCreate(nullptr, keys, values, 1, &kCFTypeDictionaryKeyCallBacks, &kCFTypeDictionaryValueCallBacks));
     Ref data(CFPropertyListCreateData(nullptr, table.get(), kCFPropertyListBinaryFormat_v1_0, 0, nullptr));
     return plisttest::BytesOf(data.as<CFDataRef>());
 }
@@ -71,8 +71,8 @@ std::string LocalizedString(CFBundleRef inBundle, const char* inKey, const char*
 {
     Ref key(Str(inKey));
     Ref value(inValue ? Str(inValue) : nullptr), table(inTable ? Str(inTable) : nullptr);
-    Ref text(CFBundleCopyLocalizedString(inBundle, key.as<CFStringRef>(), value.as<CFStringRef>(),
-                                         table.as<CFStringRef>()));
+    Ref text(
+        CFBundleCopyLocalizedString(inBundle, key.as<CFStringRef>(), value.as<CFStringRef>(), table.as<CFStringRef>()));
     return Text(text.as<CFStringRef>());
 }
 
@@ -158,7 +158,8 @@ private:
         Write(resources / "fr.lproj" / "greeting.txt", "Bonjour");
         Write(resources / "fr.lproj" / "only-fr.txt", "Seulement");
         Write(resources / "fr.lproj" / "images" / "flag.png", "bleu blanc rouge");
-        Write(resources / "en.lproj" / "InfoPlist.strings", plisttest::UTF16(u"\"CFBundleName\" = \"Sample (English)\";", false));
+        Write(resources / "en.lproj" / "InfoPlist.strings",
+              plisttest::UTF16(u"\"CFBundleName\" = \"Sample (English)\";", false));
         Write(resources / "fr.lproj" / "InfoPlist.strings",
               plisttest::UTF16(u"/* nom */ \"CFBundleName\" = \"\u00C9chantillon\";", true));
         Write(resources / "en.lproj" / "Localizable.strings",
@@ -245,9 +246,18 @@ TEST_F(CFBundleTest, InformationPrefersTheLocalisedValueAndLocationsResolveInsid
 TEST_F(CFBundleTest, FlatBundlesPackTheirVersionAndPackageCodes)
 {
     const std::pair<const char*, UInt32> versions[] = {
-        {"1.2.3b4", 0x01236004}, {"10.1", 0x10108000}, {"2.0d1", 0x02002001}, {"1.0a12", 0x0100400C},
-        {"3.4.5f7", 0x03458007}, {"7", 0x07008000},    {"1.0.0.0", 0},        {"1.23", 0},
-        {"100", 0},              {"1.0b256", 0},       {"1.0b", 0},           {"beta", 0},
+        {"1.2.3b4", 0x01236004},
+        {"10.1", 0x10108000},
+        {"2.0d1", 0x02002001},
+        {"1.0a12", 0x0100400C},
+        {"3.4.5f7", 0x03458007},
+        {"7", 0x07008000},
+        {"1.0.0.0", 0},
+        {"1.23", 0},
+        {"100", 0},
+        {"1.0b256", 0},
+        {"1.0b", 0},
+        {"beta", 0},
     };
     for (auto [version, packed] : versions) {
         fs::path folder = mFolder / "Plugin.bundle";

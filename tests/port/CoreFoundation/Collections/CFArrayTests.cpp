@@ -10,8 +10,8 @@
 
 namespace {
 
-using cftest::Owned;
 using cftest::Make;
+using cftest::Owned;
 
 const void* Int(std::intptr_t inValue) { return reinterpret_cast<const void*>(inValue); }
 std::intptr_t IntOf(const void* inValue) { return reinterpret_cast<std::intptr_t>(inValue); }
@@ -37,9 +37,9 @@ std::vector<std::intptr_t> Contents(CFArrayRef inArray)
 
 CFComparisonResult CompareInts(const void* inValue1, const void* inValue2, void*)
 {
-    return IntOf(inValue1) < IntOf(inValue2) ? kCFCompareLessThan
-         : IntOf(inValue1) > IntOf(inValue2) ? kCFCompareGreaterThan
-                                             : kCFCompareEqualTo;
+    return IntOf(inValue1) < IntOf(inValue2)   ? kCFCompareLessThan
+           : IntOf(inValue1) > IntOf(inValue2) ? kCFCompareGreaterThan
+                                               : kCFCompareEqualTo;
 }
 
 TEST(CFArrayRetaining, HoldsOneReferencePerSlotUntilRemovedOrDestroyed)
@@ -81,7 +81,8 @@ TEST(CFArrayRetaining, ReplacingValuesByThemselvesNeverFreesThem)
 TEST(CFArrayRetaining, RetainCallBackReceivesTheArraysAllocator)
 {
     static CFAllocatorRef seen;
-    CFArrayCallBacks callBacks{0, [](CFAllocatorRef inAllocator, const void* inValue) {
+    CFArrayCallBacks callBacks{0,
+                               [](CFAllocatorRef inAllocator, const void* inValue) {
                                    seen = inAllocator;
                                    return inValue;
                                },
@@ -197,9 +198,11 @@ using CFArrayMisuseDeathTest = ::testing::Test;
 TEST_F(CFArrayMisuseDeathTest, StopsTheProcessNamingTheCall)
 {
     Owned immutable(CFArrayCreate(nullptr, nullptr, 0, nullptr));
-    EXPECT_DEATH(CFArrayAppendValue(const_cast<CFMutableArrayRef>(immutable.get()), Int(1)), "CFArrayAppendValue: .*immutable");
-    EXPECT_DEATH(CFArraySortValues(const_cast<CFMutableArrayRef>(immutable.get()), CFRangeMake(0, 0), CompareInts, nullptr),
-                 "CFArraySortValues");
+    EXPECT_DEATH(CFArrayAppendValue(const_cast<CFMutableArrayRef>(immutable.get()), Int(1)),
+                 "CFArrayAppendValue: .*immutable");
+    EXPECT_DEATH(
+        CFArraySortValues(const_cast<CFMutableArrayRef>(immutable.get()), CFRangeMake(0, 0), CompareInts, nullptr),
+        "CFArraySortValues");
     Owned array(Ints({1, 2}));
     EXPECT_DEATH(CFArrayGetValueAtIndex(array, 2), "CFArrayGetValueAtIndex: index 2 is out of bounds");
     EXPECT_DEATH(CFArrayInsertValueAtIndex(array, -1, Int(0)), "CFArrayInsertValueAtIndex: index -1");

@@ -117,7 +117,8 @@ TEST(DataMisuse, StopsTheProcessNamingTheCall)
     EXPECT_DEATH(CFDataGetBytes(immutable.Get(), CFRangeMake(2, 2), buffer), "CFDataGetBytes: range \\{2, 2\\}");
     Owned<CFMutableDataRef> fixed(CFDataCreateMutable(nullptr, 4));
     CFDataAppendBytes(fixed.Get(), Bytes("abcd"), 4);
-    EXPECT_DEATH(CFDataAppendBytes(fixed.Get(), Bytes("e"), 1), "CFDataAppendBytes: length 5 exceeds the fixed capacity 4");
+    EXPECT_DEATH(CFDataAppendBytes(fixed.Get(), Bytes("e"), 1),
+                 "CFDataAppendBytes: length 5 exceeds the fixed capacity 4");
     EXPECT_DEATH(CFDataDeleteBytes(fixed.Get(), CFRangeMake(-1, 1)), "CFDataDeleteBytes: range");
     EXPECT_DEATH(CFDataCreateMutableCopy(nullptr, 2, immutable.Get()), "CFDataCreateMutableCopy");
 }

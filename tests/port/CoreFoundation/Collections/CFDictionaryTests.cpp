@@ -69,7 +69,7 @@ TEST(CFDictionaryEditing, ReadersAcceptNullOutputs)
     EXPECT_EQ(value, kCFNull);
     EXPECT_TRUE(CFDictionaryGetValueIfPresent(dictionary, key, nullptr));
     EXPECT_FALSE(CFDictionaryGetValueIfPresent(dictionary, kCFNull, &value));
-    const void* keys[1] = {}, *values[1] = {};
+    const void *keys[1] = {}, *values[1] = {};
     CFDictionaryGetKeysAndValues(dictionary, keys, nullptr);
     CFDictionaryGetKeysAndValues(dictionary, nullptr, values);
     EXPECT_EQ(keys[0], key);
@@ -116,9 +116,11 @@ TEST(CFDictionaryWithoutCallBacks, KeepsRawIntegersThroughManyChanges)
     }
     std::intptr_t sum = 0;
     CFDictionaryApplyFunction(
-        dictionary, [](const void* inKey, const void*, void* ioSum) {
+        dictionary,
+        [](const void* inKey, const void*, void* ioSum) {
             *static_cast<std::intptr_t*>(ioSum) += reinterpret_cast<std::intptr_t>(inKey);
-        }, &sum);
+        },
+        &sum);
     std::intptr_t expected = 0;
     for (auto [key, value] : model)
         expected += key;

@@ -47,7 +47,8 @@ TEST(NumberConversion, IntegersAndFloatsClipOrTruncateToTheRequestedTypeAndSaySo
     EXPECT_EQ(Get<SInt32>(big, kCFNumberSInt32Type), std::pair(false, std::numeric_limits<SInt32>::max()));
     EXPECT_EQ(Get<double>(big, kCFNumberDoubleType), std::pair(false, kTwoTo63));
     EXPECT_EQ(Get<long>(big, kCFNumberLongType), std::pair(true, std::numeric_limits<long>::max()));
-    EXPECT_EQ(Get<double>(Make<SInt64>(kCFNumberSInt64Type, kTwoTo53), kCFNumberFloat64Type), std::pair(true, 9007199254740992.0));
+    EXPECT_EQ(Get<double>(Make<SInt64>(kCFNumberSInt64Type, kTwoTo53), kCFNumberFloat64Type),
+              std::pair(true, 9007199254740992.0));
     EXPECT_FALSE(Get<double>(Make<SInt64>(kCFNumberSInt64Type, kTwoTo53 + 1), kCFNumberFloat64Type).first);
     EXPECT_FALSE(Get<float>(Make<int>(kCFNumberIntType, (1 << 24) + 1), kCFNumberFloatType).first);
     EXPECT_EQ(Get<SInt32>(Make(kCFNumberDoubleType, 1.5), kCFNumberSInt32Type), std::pair(false, 1));
@@ -73,9 +74,12 @@ TEST(NumberTypes, AnswerTheCanonicalSizedTypeAndRefuseOthers)
         CFIndex size;
         bool isFloat;
     };
-    for (Case c : {Case{kCFNumberCharType, kCFNumberSInt8Type, 1, false}, Case{kCFNumberShortType, kCFNumberSInt16Type, 2, false},
-                   Case{kCFNumberIntType, kCFNumberSInt32Type, 4, false}, Case{kCFNumberCFIndexType, kCFNumberSInt64Type, 8, false},
-                   Case{kCFNumberFloatType, kCFNumberFloat32Type, 4, true}, Case{kCFNumberDoubleType, kCFNumberFloat64Type, 8, true}}) {
+    for (Case c : {Case{kCFNumberCharType, kCFNumberSInt8Type, 1, false},
+                   Case{kCFNumberShortType, kCFNumberSInt16Type, 2, false},
+                   Case{kCFNumberIntType, kCFNumberSInt32Type, 4, false},
+                   Case{kCFNumberCFIndexType, kCFNumberSInt64Type, 8, false},
+                   Case{kCFNumberFloatType, kCFNumberFloat32Type, 4, true},
+                   Case{kCFNumberDoubleType, kCFNumberFloat64Type, 8, true}}) {
         double storage = 0;  // wide enough for any type
         Owned<CFNumberRef> number(CFNumberCreate(nullptr, c.made, &storage));
         EXPECT_EQ(CFNumberGetType(number.Get()), c.canonical);
@@ -97,7 +101,8 @@ TEST(NumberEquality, IntegersAndFloatsWithTheSameValueAreEqualAndHashAlike)
     auto minusZero = Make(kCFNumberFloatType, -0.0f);
     auto minimum = Make(kCFNumberSInt64Type, std::numeric_limits<SInt64>::min());
     auto minimumDouble = Make(kCFNumberDoubleType, -kTwoTo63);
-    for (auto [a, b] : {std::pair(&one, &oneDouble), std::pair(&zero, &minusZero), std::pair(&minimum, &minimumDouble)}) {
+    for (auto [a, b] :
+         {std::pair(&one, &oneDouble), std::pair(&zero, &minusZero), std::pair(&minimum, &minimumDouble)}) {
         EXPECT_TRUE(CFEqual(a->Get(), b->Get()));
         EXPECT_EQ(CFHash(a->Get()), CFHash(b->Get()));
     }
@@ -106,14 +111,18 @@ TEST(NumberEquality, IntegersAndFloatsWithTheSameValueAreEqualAndHashAlike)
 
 TEST(NumberCompare, OrdersExactlyAcrossKinds)
 {
-    auto compare = [](const Owned<CFNumberRef>& a, const Owned<CFNumberRef>& b) { return CFNumberCompare(a.Get(), b.Get(), nullptr); };
+    auto compare = [](const Owned<CFNumberRef>& a, const Owned<CFNumberRef>& b) {
+        return CFNumberCompare(a.Get(), b.Get(), nullptr);
+    };
     auto nan = Make(kCFNumberDoubleType, kNaN);
     EXPECT_EQ(compare(Make(kCFNumberIntType, 1), Make(kCFNumberDoubleType, 1.5)), kCFCompareLessThan);
     EXPECT_EQ(compare(Make(kCFNumberIntType, -1), Make(kCFNumberDoubleType, -1.5)), kCFCompareGreaterThan);
     // 2^53 + 1 has no double; a comparison through doubles would call these equal.
-    EXPECT_EQ(compare(Make(kCFNumberSInt64Type, kTwoTo53 + 1), Make(kCFNumberDoubleType, 9007199254740992.0)), kCFCompareGreaterThan);
-    EXPECT_EQ(compare(Make(kCFNumberSInt64Type, std::numeric_limits<SInt64>::max()), Make(kCFNumberDoubleType, kTwoTo63)),
-              kCFCompareLessThan);
+    EXPECT_EQ(compare(Make(kCFNumberSInt64Type, kTwoTo53 + 1), Make(kCFNumberDoubleType, 9007199254740992.0)),
+              kCFCompareGreaterThan);
+    EXPECT_EQ(
+        compare(Make(kCFNumberSInt64Type, std::numeric_limits<SInt64>::max()), Make(kCFNumberDoubleType, kTwoTo63)),
+        kCFCompareLessThan);
     EXPECT_EQ(compare(nan, Make(kCFNumberDoubleType, -kInfinity)), kCFCompareLessThan);
     EXPECT_EQ(compare(Make(kCFNumberIntType, 0), nan), kCFCompareGreaterThan);
     EXPECT_EQ(compare(nan, Make(kCFNumberFloatType, NAN)), kCFCompareEqualTo);

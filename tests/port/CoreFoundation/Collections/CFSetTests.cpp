@@ -87,8 +87,8 @@ TEST(CFSetEquality, DependsOnMembersAndTheirEquality)
     CFSetAddValue(copy, CFSTR("c"));
     EXPECT_FALSE(CFEqual(created, copy));
     EXPECT_EQ(CFSetGetCount(created), 2);
-    for (CFTypeRef object : {CFTypeRef(created), CFTypeRef(built), CFTypeRef(identities), CFTypeRef(copy),
-                             CFTypeRef(a), CFTypeRef(b)})
+    for (CFTypeRef object :
+         {CFTypeRef(created), CFTypeRef(built), CFTypeRef(identities), CFTypeRef(copy), CFTypeRef(a), CFTypeRef(b)})
         CFRelease(object);
 }
 

@@ -30,8 +30,10 @@ TEST(UUID, RandomOnesAreVersion4AndTextRoundTripsInEitherCase)
     EXPECT_EQ(bytes.byte6 >> 4, 4);
     EXPECT_EQ(bytes.byte8 & 0xC0, 0x80);
     EXPECT_FALSE(CFEqual(first.Get(), second.Get()));
-    EXPECT_TRUE(std::regex_match(Text(first.Get()), std::regex("[0-9A-F]{8}-[0-9A-F]{4}-4[0-9A-F]{3}-[89AB][0-9A-F]{3}-[0-9A-F]{12}")));
-    CFUUIDBytes counting{0x00, 0x01, 0x02, 0x03, 0x04, 0x05, 0x06, 0x07, 0x08, 0x09, 0x0A, 0x0B, 0x0C, 0x0D, 0xFE, 0xFF};
+    EXPECT_TRUE(std::regex_match(Text(first.Get()),
+                                 std::regex("[0-9A-F]{8}-[0-9A-F]{4}-4[0-9A-F]{3}-[89AB][0-9A-F]{3}-[0-9A-F]{12}")));
+    CFUUIDBytes counting{0x00, 0x01, 0x02, 0x03, 0x04, 0x05, 0x06, 0x07,
+                         0x08, 0x09, 0x0A, 0x0B, 0x0C, 0x0D, 0xFE, 0xFF};
     Owned<CFUUIDRef> made(CFUUIDCreateFromUUIDBytes(nullptr, counting));
     EXPECT_EQ(Text(made.Get()), "00010203-0405-0607-0809-0A0B0C0DFEFF");
     auto upper = Parse("00010203-0405-0607-0809-0A0B0C0DFEFF");

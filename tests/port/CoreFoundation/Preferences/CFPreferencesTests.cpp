@@ -142,18 +142,20 @@ TEST_F(CFPreferences, TypedReadersAcceptNumbersTextAndBooleans)
         bool booleanValid;
     };
     const Expected cases[] = {
-        {"int", -42, true, true, true},  {"text", 17, true, false, false}, {"real", 0, false, true, true},
-        {"junk", 0, false, false, false}, {"yes", 0, false, true, true},   {"YES", 0, false, true, true},
-        {"no", 0, false, false, true},    {"zero", 0, true, false, true},  {"missing", 0, false, false, false},
+        {"int", -42, true, true, true},   {"text", 17, true, false, false}, {"real", 0, false, true, true},
+        {"junk", 0, false, false, false}, {"yes", 0, false, true, true},    {"YES", 0, false, true, true},
+        {"no", 0, false, false, true},    {"zero", 0, true, false, true},   {"missing", 0, false, false, false},
     };
     Ref app(Str(kApp));
     for (const Expected& expected : cases) {
         Ref key(Str(expected.key));
         Boolean integerValid = !expected.integerValid, booleanValid = !expected.booleanValid;
         EXPECT_EQ(CFPreferencesGetAppIntegerValue(key.as<CFStringRef>(), app.as<CFStringRef>(), &integerValid),
-                  expected.integer) << expected.key;
+                  expected.integer)
+            << expected.key;
         EXPECT_EQ(CFPreferencesGetAppBooleanValue(key.as<CFStringRef>(), app.as<CFStringRef>(), &booleanValid),
-                  expected.boolean) << expected.key;
+                  expected.boolean)
+            << expected.key;
         EXPECT_EQ(integerValid, expected.integerValid) << expected.key;
         EXPECT_EQ(booleanValid, expected.booleanValid) << expected.key;
     }
@@ -207,8 +209,7 @@ TEST_F(CFPreferences, OtherProcessesChangesArePickedUpAndMerged)
     RunProgram({SPINDECK_PREFERENCES_WRITER, "set", kApp, "Later", "fourth"}, &status);
     ASSERT_EQ(status, 0);
     ASSERT_TRUE(Synchronize());
-    EXPECT_EQ(FileDump(File()),
-              R"({s"Later":s"fourth",s"Ours":s"first",s"Pending":s"third",s"Theirs":s"second"})");
+    EXPECT_EQ(FileDump(File()), R"({s"Later":s"fourth",s"Ours":s"first",s"Pending":s"third",s"Theirs":s"second"})");
 
     // A file replaced by any other means is read again too.
     WriteFile(File() + ".new", "<plist><dict><key>Ours</key><string>replaced</string></dict></plist>");

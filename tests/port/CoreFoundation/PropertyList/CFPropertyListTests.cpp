@@ -58,8 +58,8 @@ Ref ArrayOf(std::initializer_list<CFTypeRef> inValues)
 // Every kind of value, at the edges of what the forms can hold.
 Ref SampleTree(bool inWithFraction)
 {
-    CFMutableDictionaryRef tree =
-        CFDictionaryCreateMutable(nullptr, 0, &kCFTypeDictionaryKeyCallBacks, &kCFTypeDictionaryValueCallBacks);
+    CFMutableDictionaryRef tree = CFDictionaryCreateMutable(nullptr, 0, &kCFTypeDictionaryKeyCallBacks,
+                                                            &kCFTypeDictionaryValueCallBacks);
     auto put = [&](const char* inKey, Ref inValue) {
         Ref key(Str(inKey));
         CFDictionarySetValue(tree, key.get(), inValue.get());
@@ -107,8 +107,8 @@ TEST(CFDate, HoldsAnAbsoluteTimeAndComparesByIt)
 TEST(CFPropertyListInterchange, WhatWeWritePlistlibReadsIdenticallyAndTheOtherWayRound)
 {
     TemporaryFolder folder;
-    for (auto [mode, format] : {std::pair{"xml", kCFPropertyListXMLFormat_v1_0},
-                                std::pair{"binary", kCFPropertyListBinaryFormat_v1_0}}) {
+    for (auto [mode, format] :
+         {std::pair{"xml", kCFPropertyListXMLFormat_v1_0}, std::pair{"binary", kCFPropertyListBinaryFormat_v1_0}}) {
         SCOPED_TRACE(mode);
         Ref tree = SampleTree(format == kCFPropertyListBinaryFormat_v1_0);
         CFStringRef error = nullptr;
@@ -185,7 +185,8 @@ unquoted_key = bare.value-1/x; "Shorthand";
 TEST(CFPropertyListText, RejectsDamagedTextNamingTheLine)
 {
     const std::pair<std::string, const char*> cases[] = {
-        {"\"a\" = \"b\";\n\"c\" = \"d\"\n\"e\" = \"f\";", "expected ';' after the value, found character '\"' at line 3"},
+        {"\"a\" = \"b\";\n\"c\" = \"d\"\n\"e\" = \"f\";",
+         "expected ';' after the value, found character '\"' at line 3"},
         {"\n\n\"open", "quoted string is not closed at line 3"},
         {"a = b; /* open", "comment is not closed at line 1"},
         {"{ a = b;\n", "dictionary is not closed with '}' at line 1"},
@@ -271,9 +272,9 @@ TEST(CFPropertyListReading, HostileShapesAreRefused)
     const std::pair<std::string, const char*> cases[] = {
         {BinaryPlist({{'\xA1', '\0'}}), "contains itself"},
         {BinaryPlist(shared), "repeats shared parts too often"},
-        {BinaryPlist({"\xA2\x01\x05", "\xA0"}), "damaged"},  // a reference past the last object
+        {BinaryPlist({"\xA2\x01\x05", "\xA0"}), "damaged"},                        // a reference past the last object
         {BinaryPlist({"\xD1\x01\x02", {'\x52', 'a', '\0'}, "\x51x"}), "damaged"},  // a key holding NUL
-        {BinaryPlist({"\xD1\x01\x02", "\x10\x05", "\x51x"}), "damaged"},         // a key that is a number
+        {BinaryPlist({"\xD1\x01\x02", "\x10\x05", "\x51x"}), "damaged"},           // a key that is a number
     };
     for (const auto& [bytes, expected] : cases) {
         EXPECT_FALSE(Parse(bytes, 0, &error));
@@ -289,11 +290,12 @@ TEST(CFPropertyListWriting, RefusesWhatIsNotAPropertyList)
     Ref key(Integer(1)), value(Str("v")), uuid(CFUUIDCreate(nullptr));
     const void* keys[] = {key.get()};
     const void* values[] = {value.get()};
-    Ref numberKeyed(CFDictionaryCreate(nullptr, keys, values, 1, &kCFTypeDictionaryKeyCallBacks,
-                                       &kCFTypeDictionaryValueCallBacks));
+    Ref numberKeyed(
+        CFDictionaryCreate(nullptr, keys, values, 1, &kCFTypeDictionaryKeyCallBacks, &kCFTypeDictionaryValueCallBacks));
     Ref withUUID = ArrayOf({value.get(), uuid.get()});
     Ref future(CFDateCreate(nullptr, 4.0e9));  // beyond 2069
-    Ref withNul(CFStringCreateWithBytes(nullptr, reinterpret_cast<const UInt8*>("a\0b"), 3, kCFStringEncodingUTF8, false));
+    Ref withNul(
+        CFStringCreateWithBytes(nullptr, reinterpret_cast<const UInt8*>("a\0b"), 3, kCFStringEncodingUTF8, false));
     for (const Ref* bad : {&numberKeyed, &withUUID, &future, &withNul}) {
         CFStringRef error = nullptr;
         EXPECT_FALSE(Ref(CFPropertyListCreateData(nullptr, bad->get(), kCFPropertyListBinaryFormat_v1_0, 0, &error)));
@@ -329,7 +331,8 @@ TEST(CFPropertyListMutability, OptionsDecideWhatMayChange)
 
     Ref fixed = Parse(text, kCFPropertyListImmutable);
     EXPECT_DEATH(CFArrayAppendValue((CFMutableArrayRef)Lookup(fixed, "list").get(), extra.get()), "CFArrayAppendValue");
-    EXPECT_DEATH(CFStringAppend((CFMutableStringRef)Lookup(containers, "name").get(), extra.as<CFStringRef>()), "CFStringAppend");
+    EXPECT_DEATH(CFStringAppend((CFMutableStringRef)Lookup(containers, "name").get(), extra.as<CFStringRef>()),
+                 "CFStringAppend");
 
     // A deep copy shares nothing mutable with its original.
     Ref copy(CFPropertyListCreateDeepCopy(nullptr, containers.get(), kCFPropertyListMutableContainersAndLeaves));

@@ -61,8 +61,8 @@ std::string Text(CFStringRef inString);
 std::string Dump(CFPropertyListRef inValue);
 
 // Reads bytes as a property list; on failure NULL and the reason in outError.
-Ref Parse(std::string_view inBytes, CFOptionFlags inOptions = kCFPropertyListImmutable,
-          std::string* outError = nullptr, CFPropertyListFormat* outFormat = nullptr);
+Ref Parse(std::string_view inBytes, CFOptionFlags inOptions = kCFPropertyListImmutable, std::string* outError = nullptr,
+          CFPropertyListFormat* outFormat = nullptr);
 
 std::string ReadFile(const std::string& inPath);
 void WriteFile(const std::string& inPath, std::string_view inBytes);

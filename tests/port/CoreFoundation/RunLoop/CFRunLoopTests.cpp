@@ -127,13 +127,13 @@ struct Counted {
 TEST(RunLoopTimer, OneShotRunsOutTheModeARepeatingCalloutInvalidatesItselfAndStopsTheRun)
 {
     Counted counted;
-    CFRunLoopTimerContext context{0, &counted,
-                                  [](const void* inInfo) {
-                                      ++static_cast<Counted*>(const_cast<void*>(inInfo))->retained;
-                                      return inInfo;
-                                  },
-                                  [](const void* inInfo) { ++static_cast<Counted*>(const_cast<void*>(inInfo))->released; },
-                                  nullptr};
+    CFRunLoopTimerContext context{
+        0, &counted,
+        [](const void* inInfo) {
+            ++static_cast<Counted*>(const_cast<void*>(inInfo))->retained;
+            return inInfo;
+        },
+        [](const void* inInfo) { ++static_cast<Counted*>(const_cast<void*>(inInfo))->released; }, nullptr};
     auto fire = [](CFRunLoopTimerRef, void* inInfo) { ++static_cast<Counted*>(inInfo)->fired; };
     CFRunLoopRef loop = CFRunLoopGetCurrent();
     {
@@ -325,7 +325,8 @@ TEST(RunLoopWaitDescriptor, BecomesReadableWhenATimerIsDue)
     CFRunLoopRef loop = CFRunLoopGetCurrent();
     int fired = 0;
     CFAbsoluteTime due = CFAbsoluteTimeGetCurrent() + 0.1;
-    Owned timer(MakeTimer(due, 0, [](CFRunLoopTimerRef, void* inInfo) { ++*static_cast<int*>(inInfo); }, &fired));
+    Owned timer(MakeTimer(
+        due, 0, [](CFRunLoopTimerRef, void* inInfo) { ++*static_cast<int*>(inInfo); }, &fired));
     CFRunLoopAddTimer(loop, timer, kCFRunLoopDefaultMode);
     int descriptor = _CFRunLoopGetWaitDescriptor(loop);
 

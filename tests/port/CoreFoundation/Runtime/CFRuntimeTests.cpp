@@ -146,9 +146,15 @@ TEST(Allocators, TheDefaultIsTheSystemsTheNullAllocatorRefusesAndCreateAnswersNu
 TEST(TypeIdentity, EachTypeHasItsOwnIdentifierAndName)
 {
     const std::pair<CFTypeID, const char*> types[] = {
-        {CFStringGetTypeID(), "CFString"}, {CFArrayGetTypeID(), "CFArray"},   {CFDictionaryGetTypeID(), "CFDictionary"},
-        {CFSetGetTypeID(), "CFSet"},       {CFNumberGetTypeID(), "CFNumber"}, {CFBooleanGetTypeID(), "CFBoolean"},
-        {CFDataGetTypeID(), "CFData"},     {CFUUIDGetTypeID(), "CFUUID"},     {CFNullGetTypeID(), "CFNull"},
+        {CFStringGetTypeID(), "CFString"},
+        {CFArrayGetTypeID(), "CFArray"},
+        {CFDictionaryGetTypeID(), "CFDictionary"},
+        {CFSetGetTypeID(), "CFSet"},
+        {CFNumberGetTypeID(), "CFNumber"},
+        {CFBooleanGetTypeID(), "CFBoolean"},
+        {CFDataGetTypeID(), "CFData"},
+        {CFUUIDGetTypeID(), "CFUUID"},
+        {CFNullGetTypeID(), "CFNull"},
         {CFAllocatorGetTypeID(), "CFAllocator"},
     };
     for (auto [id, name] : types) {

@@ -24,7 +24,10 @@ TEST(StringComparison, EachFlagDecidesItsOwnPairInAnyRangeAndLocale)
     const Comparison cases[] = {
         {"HELLO", "hello", 0, kCFCompareLessThan},
         {"HELLO", "hello", kCFCompareCaseInsensitive, kCFCompareEqualTo},
-        {"abcSTRASSE", "ABCstra\xC3\x9F" "e", kCFCompareCaseInsensitive, kCFCompareEqualTo},
+        {"abcSTRASSE",
+         "ABCstra\xC3\x9F"
+         "e",
+         kCFCompareCaseInsensitive, kCFCompareEqualTo},
         {"abc\xC3\xA9", "ABC\xC3\x89", kCFCompareCaseInsensitive, kCFCompareEqualTo},
         {"a_", "AB", kCFCompareCaseInsensitive, kCFCompareLessThan},  // folds to lower case, not upper
         {"abc", "ABCD", kCFCompareCaseInsensitive, kCFCompareLessThan},
@@ -33,10 +36,18 @@ TEST(StringComparison, EachFlagDecidesItsOwnPairInAnyRangeAndLocale)
         {"a\xCC\xA3\xCC\x81", "a\xCC\x81\xCC\xA3", kCFCompareNonliteral, kCFCompareEqualTo},  // marks in either order
         {"r\xC3\xA9sum\xC3\xA9", "resume", 0, kCFCompareGreaterThan},
         {"r\xC3\xA9sum\xC3\xA9", "resume", kCFCompareDiacriticInsensitive, kCFCompareEqualTo},
-        {"\xC3\x89" "COLE", "ecole", kCFCompareDiacriticInsensitive, kCFCompareLessThan},
-        {"\xC3\x89" "COLE", "ecole", kCFCompareDiacriticInsensitive | kCFCompareCaseInsensitive, kCFCompareEqualTo},
-        {"\xEF\xBC\xA1" "bc", "Abc", 0, kCFCompareGreaterThan},
-        {"\xEF\xBC\xA1" "bc", "Abc", kCFCompareWidthInsensitive, kCFCompareEqualTo},
+        {"\xC3\x89"
+         "COLE",
+         "ecole", kCFCompareDiacriticInsensitive, kCFCompareLessThan},
+        {"\xC3\x89"
+         "COLE",
+         "ecole", kCFCompareDiacriticInsensitive | kCFCompareCaseInsensitive, kCFCompareEqualTo},
+        {"\xEF\xBC\xA1"
+         "bc",
+         "Abc", 0, kCFCompareGreaterThan},
+        {"\xEF\xBC\xA1"
+         "bc",
+         "Abc", kCFCompareWidthInsensitive, kCFCompareEqualTo},
         {"file9", "file10", 0, kCFCompareGreaterThan},
         {"file9", "file10", kCFCompareNumerically, kCFCompareLessThan},
         {"v007", "v7", kCFCompareNumerically, kCFCompareEqualTo},
@@ -59,10 +70,10 @@ TEST(StringComparison, EachFlagDecidesItsOwnPairInAnyRangeAndLocale)
         Owned<CFStringRef> second(Make(c.second));
         // Localised orders are checked in the root locale, so that the user's locale cannot
         // change them (Danish puts upper case first).
-        CFComparisonResult result =
-            (c.flags & kCFCompareLocalized)
-                ? CFStringCompareWithOptionsAndLocale(first, second, CFRangeMake(0, CFStringGetLength(first)), c.flags, nullptr)
-                : CFStringCompare(first, second, c.flags);
+        CFComparisonResult result = (c.flags & kCFCompareLocalized)
+                                        ? CFStringCompareWithOptionsAndLocale(
+                                              first, second, CFRangeMake(0, CFStringGetLength(first)), c.flags, nullptr)
+                                        : CFStringCompare(first, second, c.flags);
         EXPECT_EQ(result, c.expected) << c.first << " vs " << c.second << " with " << c.flags;
     }
     Owned<CFStringRef> longAccented(Make((longPrefix + "\xC3\x89").c_str()));
@@ -100,7 +111,9 @@ TEST(StringSearch, EachFlagFindsItsMatchReportedInSourceUnits)
         {"one two One two", "one", kCFCompareBackwards | kCFCompareCaseInsensitive, 8, 3},
         {"one two One two", "two", kCFCompareAnchored, kCFNotFound, 0},
         {"one two One two", "", 0, kCFNotFound, 0},
-        {"Stra\xC3\x9F" "e", "SS", kCFCompareCaseInsensitive, 4, 1},
+        {"Stra\xC3\x9F"
+         "e",
+         "SS", kCFCompareCaseInsensitive, 4, 1},
         {"\xC3\x9F", "s", kCFCompareCaseInsensitive, kCFNotFound, 0},  // half of ß is no match
         {"cafe\xCC\x81 noir", "caf\xC3\xA9", kCFCompareNonliteral, 0, 5},
         {"cafe\xCC\x81 noir", "caf\xC3\xA9", 0, kCFNotFound, 0},
@@ -108,12 +121,17 @@ TEST(StringSearch, EachFlagFindsItsMatchReportedInSourceUnits)
         {"cafe\xCC\x81", "e", kCFCompareNonliteral, kCFNotFound, 0},
         {"cafe\xCC\x81", "e", 0, 3, 1},
         {"caf\xC3\xA9", "E", kCFCompareDiacriticInsensitive | kCFCompareCaseInsensitive, 3, 1},
-        {"\xEF\xBC\xA1\xEF\xBC\xA2\xEF\xBC\xA3" "abc", "abc", kCFCompareWidthInsensitive | kCFCompareCaseInsensitive, 0, 3},
-        {"\xEF\xBC\xA1\xEF\xBC\xA2\xEF\xBC\xA3" "abc", "abc",
-         kCFCompareWidthInsensitive | kCFCompareCaseInsensitive | kCFCompareBackwards, 3, 3},
+        {"\xEF\xBC\xA1\xEF\xBC\xA2\xEF\xBC\xA3"
+         "abc",
+         "abc", kCFCompareWidthInsensitive | kCFCompareCaseInsensitive, 0, 3},
+        {"\xEF\xBC\xA1\xEF\xBC\xA2\xEF\xBC\xA3"
+         "abc",
+         "abc", kCFCompareWidthInsensitive | kCFCompareCaseInsensitive | kCFCompareBackwards, 3, 3},
         {"\xF0\x9F\x98\x80x\xC3\x9F", "XSS", kCFCompareCaseInsensitive, 2, 2},
         {"-x\xF0\x9F\x98\x80", "X\xF0\x9F\x98\x80", kCFCompareCaseInsensitive, 1, 3},
-        {"\xC3\x89" "clair", "e", kCFCompareAnchored | kCFCompareDiacriticInsensitive | kCFCompareCaseInsensitive, 0, 1},
+        {"\xC3\x89"
+         "clair",
+         "e", kCFCompareAnchored | kCFCompareDiacriticInsensitive | kCFCompareCaseInsensitive, 0, 1},
         {"clair\xC3\x89", "e",
          kCFCompareAnchored | kCFCompareBackwards | kCFCompareDiacriticInsensitive | kCFCompareCaseInsensitive, 5, 1},
         {"clair\xC3\x89", "e", kCFCompareAnchored | kCFCompareDiacriticInsensitive | kCFCompareCaseInsensitive,
@@ -131,7 +149,8 @@ TEST(StringSearch, EachFlagFindsItsMatchReportedInSourceUnits)
     EXPECT_TRUE(CFStringFindWithOptions(CFSTR("one two"), CFSTR("o"), CFRangeMake(5, 2), 0, &found));
     EXPECT_EQ(found.location, 6);
     EXPECT_FALSE(CFStringFindWithOptions(CFSTR("one two"), CFSTR("two"), CFRangeMake(5, 2), 0, nullptr));
-    Owned<CFStringRef> text(Make("A\xC3\xA4" "a\xC3\xA4"));
+    Owned<CFStringRef> text(Make("A\xC3\xA4"
+                                 "a\xC3\xA4"));
     EXPECT_TRUE(CFStringFindWithOptions(text, CFSTR("a"), CFRangeMake(1, 3), kCFCompareDiacriticInsensitive, &found));
     EXPECT_EQ(found.location, 1);
     EXPECT_TRUE(CFStringFindWithOptionsAndLocale(text, CFSTR("A"), CFRangeMake(1, 3),

@@ -78,7 +78,8 @@ TEST(StringBytes, ExternalRepresentationsCarryAByteOrderMark)
     Converted noRoom = GetBytes(text, CFRangeMake(0, 2), kCFStringEncodingUTF16, 0, true, 1);
     EXPECT_EQ(noRoom.characters, 0);
     EXPECT_EQ(noRoom.used, 0);
-    EXPECT_EQ(GetBytes(text, CFRangeMake(0, 2), kCFStringEncodingUTF16BE, 0, true, 20).bytes, std::string("\0h\0\xE9", 4));
+    EXPECT_EQ(GetBytes(text, CFRangeMake(0, 2), kCFStringEncodingUTF16BE, 0, true, 20).bytes,
+              std::string("\0h\0\xE9", 4));
 
     struct Case {
         CFStringEncoding encoding;
@@ -127,13 +128,20 @@ TEST(StringEncodings, NamesAndIANACharacterSetNamesRoundTrip)
     EXPECT_TRUE(CFEqual(CFStringConvertEncodingToIANACharSetName(kCFStringEncodingUTF8), CFSTR("utf-8")));
 
     const std::pair<const char*, CFStringEncoding> aliases[] = {
-        {"MACINTOSH", kCFStringEncodingMacRoman},      {"x-mac-roman", kCFStringEncodingMacRoman},
-        {"Latin1", kCFStringEncodingISOLatin1},        {"ISO_8859-1", kCFStringEncodingISOLatin1},
-        {"CP1252", kCFStringEncodingWindowsLatin1},    {"Windows-1252", kCFStringEncodingWindowsLatin1},
-        {"US-ASCII", kCFStringEncodingASCII},          {"ANSI_X3.4-1968", kCFStringEncodingASCII},
-        {"UTF8", kCFStringEncodingUTF8},               {"UTF-16LE", kCFStringEncodingUTF16LE},
-        {"utf-32be", kCFStringEncodingUTF32BE},        {"klingon", kCFStringEncodingInvalidId},
-        {"utf-8 ", kCFStringEncodingInvalidId},        {"\xC3\xBCtf-8", kCFStringEncodingInvalidId},
+        {"MACINTOSH", kCFStringEncodingMacRoman},
+        {"x-mac-roman", kCFStringEncodingMacRoman},
+        {"Latin1", kCFStringEncodingISOLatin1},
+        {"ISO_8859-1", kCFStringEncodingISOLatin1},
+        {"CP1252", kCFStringEncodingWindowsLatin1},
+        {"Windows-1252", kCFStringEncodingWindowsLatin1},
+        {"US-ASCII", kCFStringEncodingASCII},
+        {"ANSI_X3.4-1968", kCFStringEncodingASCII},
+        {"UTF8", kCFStringEncodingUTF8},
+        {"UTF-16LE", kCFStringEncodingUTF16LE},
+        {"utf-32be", kCFStringEncodingUTF32BE},
+        {"klingon", kCFStringEncodingInvalidId},
+        {"utf-8 ", kCFStringEncodingInvalidId},
+        {"\xC3\xBCtf-8", kCFStringEncodingInvalidId},
     };
     for (auto [name, encoding] : aliases) {
         Owned<CFStringRef> string(Make(name));
@@ -149,8 +157,10 @@ int SystemEncodingUnder(const char* inLocale)
 {
     setenv("LC_ALL", inLocale, 1);
     CFStringEncoding encoding = CFStringGetSystemEncoding();
-    return encoding == kCFStringEncodingMacRoman ? 1 : encoding == kCFStringEncodingUTF8 ? 2
-                                                   : encoding == kCFStringEncodingISOLatin1 ? 3 : 4;
+    return encoding == kCFStringEncodingMacRoman    ? 1
+           : encoding == kCFStringEncodingUTF8      ? 2
+           : encoding == kCFStringEncodingISOLatin1 ? 3
+                                                    : 4;
 }
 
 TEST(StringEncodingsDeathTest, SystemEncodingFollowsTheLocaleCodeset)

@@ -58,7 +58,10 @@ TEST(FormatText, CharactersStringsObjectsAndPointers)
     EXPECT_EQ(Format("%.3s|%.2S|%c", unterminated, units, 0xE9), "abc|U\xC3\xA9|\xC3\xA9");
     EXPECT_EQ(Format("%s|%S|%@", static_cast<const char*>(nullptr), static_cast<const UniChar*>(nullptr), nullptr),
               "(null)|(null)|(null)");
-    EXPECT_EQ(Format("%s", "a\xFF" "b"), "a\xEF\xBF\xBD" "b");  // a stray byte becomes U+FFFD
+    EXPECT_EQ(Format("%s", "a\xFF"
+                           "b"),
+              "a\xEF\xBF\xBD"
+              "b");  // a stray byte becomes U+FFFD
     EXPECT_EQ(Format("\xC3\xA9t\xC3\xA9 %d%%", 100), "\xC3\xA9t\xC3\xA9 100%");
     int port = 6001;
     double real = 1.5;
@@ -69,16 +72,17 @@ TEST(FormatText, CharactersStringsObjectsAndPointers)
     EXPECT_EQ(Format("%@|%@|%@|%@|%.2@", integer.get(), fraction.get(), kCFBooleanTrue, kCFBooleanFalse, integer.get()),
               "6001|1.5|true|false|60");
     EXPECT_EQ(Format("%@", kCFNull), cf::DescribeValue(kCFNull));
-    EXPECT_EQ(Format("%p|%p|%8p|", reinterpret_cast<void*>(0xbeef), nullptr, reinterpret_cast<void*>(0x1)), "0xbeef|0x0|     0x1|");
+    EXPECT_EQ(Format("%p|%p|%8p|", reinterpret_cast<void*>(0xbeef), nullptr, reinterpret_cast<void*>(0x1)),
+              "0xbeef|0x0|     0x1|");
     EXPECT_EQ(Format("100%% %y %d%", 5), "100% %y 5%");
 }
 
 TEST(FormatPositions, UnnamedOrConflictingArgumentsGiveNull)
 {
-    EXPECT_EQ(Format("%1$d %3$d", 1, 2, 3), kNullResult);    // nothing says what argument 2 is
-    EXPECT_EQ(Format("%1$d %1$s", 1), kNullResult);          // one argument, two types
+    EXPECT_EQ(Format("%1$d %3$d", 1, 2, 3), kNullResult);  // nothing says what argument 2 is
+    EXPECT_EQ(Format("%1$d %1$s", 1), kNullResult);        // one argument, two types
     EXPECT_EQ(Format("%0$d", 1), kNullResult);
-    EXPECT_EQ(Format("%99999999999d", 1), kNullResult);      // a width no int holds
+    EXPECT_EQ(Format("%99999999999d", 1), kNullResult);  // a width no int holds
 }
 
 TEST(FormatAppend, AppendsToAMutableStringAndRefusesAnImmutableOne)

@@ -70,7 +70,9 @@ TEST(StringMutation, FindAndReplaceCountsWithinTheRangeAndUnderTheOptions)
         {"xx-xx", "xx", "y", kCFCompareAnchored, 1, "y-xx"},
         {"xx-xx", "xx", "y", kCFCompareAnchored | kCFCompareBackwards, 1, "xx-y"},
         {"-xx", "xx", "y", kCFCompareAnchored, 0, "-xx"},
-        {"Stra\xC3\x9F" "e", "SS", "ss", kCFCompareCaseInsensitive, 1, "Strasse"},
+        {"Stra\xC3\x9F"
+         "e",
+         "SS", "ss", kCFCompareCaseInsensitive, 1, "Strasse"},
         {"r\xC3\xA9sum\xC3\xA9 resume", "resume", "CV", kCFCompareDiacriticInsensitive, 2, "CV CV"},
     };
     for (const Case& c : cases) {
@@ -78,7 +80,8 @@ TEST(StringMutation, FindAndReplaceCountsWithinTheRangeAndUnderTheOptions)
         Owned<CFStringRef> find(cftest::Make(c.find));
         Owned<CFStringRef> replacement(cftest::Make(c.replacement));
         CFRange all = CFRangeMake(0, CFStringGetLength(text));
-        EXPECT_EQ(CFStringFindAndReplace(text, find, replacement, all, c.options), c.count) << c.text << " / " << c.find;
+        EXPECT_EQ(CFStringFindAndReplace(text, find, replacement, all, c.options), c.count)
+            << c.text << " / " << c.find;
         EXPECT_EQ(Text(text), c.result) << c.text << " / " << c.find;
     }
 }
@@ -92,22 +95,26 @@ TEST(StringMutation, TrimWhitespaceCaseMappingAndTheFourNormalForms)
     CFStringTrimWhitespace(blank);
     EXPECT_EQ(CFStringGetLength(blank), 0);
 
-    Owned<CFMutableStringRef> text(MakeMutable("stra\xC3\x9F" "e \xC3\xA0 l'\xC3\x89T\xC3\x89 hello wORLD"));
+    Owned<CFMutableStringRef> text(MakeMutable("stra\xC3\x9F"
+                                               "e \xC3\xA0 l'\xC3\x89T\xC3\x89 hello wORLD"));
     CFStringUppercase(text, nullptr);
     EXPECT_EQ(Text(text), "STRASSE \xC3\x80 L'\xC3\x89T\xC3\x89 HELLO WORLD");  // ß grows into two letters
     CFStringLowercase(text, nullptr);
     EXPECT_EQ(Text(text), "strasse \xC3\xA0 l'\xC3\xA9t\xC3\xA9 hello world");
     CFStringCapitalize(text, nullptr);
     EXPECT_EQ(Text(text), "Strasse \xC3\x80 L'\xC3\xA9t\xC3\xA9 Hello World");
-    Owned<CFMutableStringRef> forms(MakeMutable("\xC3\xA9\xEF\xAC\x81\xEF\xBC\xA1"));  // é, the fi ligature, full-width A
+    Owned<CFMutableStringRef> forms(
+        MakeMutable("\xC3\xA9\xEF\xAC\x81\xEF\xBC\xA1"));  // é, the fi ligature, full-width A
     CFStringNormalize(forms, kCFStringNormalizationFormD);
     EXPECT_EQ(Text(forms), "e\xCC\x81\xEF\xAC\x81\xEF\xBC\xA1");
     CFStringNormalize(forms, kCFStringNormalizationFormC);
     EXPECT_EQ(Text(forms), "\xC3\xA9\xEF\xAC\x81\xEF\xBC\xA1");
     CFStringNormalize(forms, kCFStringNormalizationFormKD);
-    EXPECT_EQ(Text(forms), "e\xCC\x81" "fiA");
+    EXPECT_EQ(Text(forms), "e\xCC\x81"
+                           "fiA");
     CFStringNormalize(forms, kCFStringNormalizationFormKC);
-    EXPECT_EQ(Text(forms), "\xC3\xA9" "fiA");
+    EXPECT_EQ(Text(forms), "\xC3\xA9"
+                           "fiA");
 }
 
 TEST(StringMutationDeathTest, ImmutableStringsAndBadPlacesStopTheProcess)
@@ -125,7 +132,8 @@ TEST(StringMutationDeathTest, ImmutableStringsAndBadPlacesStopTheProcess)
     EXPECT_DEATH(CFStringPad(string, CFSTR("xy"), 5, 2), "CFStringPad: pad index 2");
     EXPECT_DEATH(CFStringPad(string, nullptr, 5, 0), "CFStringPad: a NULL pad string");
     EXPECT_DEATH(CFStringNormalize(string, CFStringNormalizationForm(7)), "CFStringNormalize: 7 is not");
-    EXPECT_DEATH(CFStringLowercase(string, reinterpret_cast<CFLocaleRef>(CFSTR("en"))), "CFStringLowercase: .* not a locale");
+    EXPECT_DEATH(CFStringLowercase(string, reinterpret_cast<CFLocaleRef>(CFSTR("en"))),
+                 "CFStringLowercase: .* not a locale");
 }
 
 }  // namespace

@@ -28,7 +28,8 @@ TEST(StringCreation, DecodesEachEncodingIntoTheSameCharactersAndRejectsInvalidBy
     Owned utf8(CFStringCreateWithCString(nullptr, "caf\xC3\xA9 \xE2\x82\xAC", kCFStringEncodingUTF8));
     Owned roman(FromBytes({'c', 'a', 'f', 0x8E, ' ', 0xDB}, kCFStringEncodingMacRoman));
     Owned windows(FromBytes({'c', 'a', 'f', 0xE9, ' ', 0x80}, kCFStringEncodingWindowsLatin1));
-    Owned big(FromBytes({0xFE, 0xFF, 0, 'c', 0, 'a', 0, 'f', 0, 0xE9, 0, ' ', 0x20, 0xAC}, kCFStringEncodingUTF16, true));
+    Owned big(
+        FromBytes({0xFE, 0xFF, 0, 'c', 0, 'a', 0, 'f', 0, 0xE9, 0, ' ', 0x20, 0xAC}, kCFStringEncodingUTF16, true));
     Owned little(FromBytes({'c', 0, 'a', 0, 'f', 0, 0xE9, 0, ' ', 0, 0xAC, 0x20}, kCFStringEncodingUTF16LE));
     EXPECT_EQ(Characters(utf8), u"café €");
     for (CFStringRef other : {roman.get(), windows.get(), big.get(), little.get()}) {
@@ -43,9 +44,9 @@ TEST(StringCreation, DecodesEachEncodingIntoTheSameCharactersAndRejectsInvalidBy
     EXPECT_EQ(FromBytes({'a', 0xC3}, kCFStringEncodingUTF8), nullptr);
     EXPECT_EQ(FromBytes({0xED, 0xA0, 0x80}, kCFStringEncodingUTF8), nullptr);  // an encoded surrogate
     EXPECT_EQ(FromBytes({'a', 0x80}, kCFStringEncodingASCII), nullptr);
-    EXPECT_EQ(FromBytes({0, 'a', 0}, kCFStringEncodingUTF16BE), nullptr);  // odd length
+    EXPECT_EQ(FromBytes({0, 'a', 0}, kCFStringEncodingUTF16BE), nullptr);      // odd length
     EXPECT_EQ(FromBytes({0, 0x11, 0, 0}, kCFStringEncodingUTF32BE), nullptr);  // beyond U+10FFFF
-    EXPECT_EQ(CFStringCreateWithCString(nullptr, "x", 0x7777), nullptr);  // unknown encoding
+    EXPECT_EQ(CFStringCreateWithCString(nullptr, "x", 0x7777), nullptr);       // unknown encoding
     EXPECT_EQ(CFStringCreateWithCString(nullptr, nullptr, kCFStringEncodingUTF8), nullptr);
 }
 
@@ -56,10 +57,12 @@ TEST(StringCreation, PascalStringsUseTheirLengthByte)
     EXPECT_EQ(Characters(string), u"abc");
     unsigned char out[8];
     ASSERT_TRUE(CFStringGetPascalString(string, out, sizeof out, kCFStringEncodingMacRoman));
-    EXPECT_EQ(std::string(reinterpret_cast<char*>(out), 4), "\x03" "abc");
+    EXPECT_EQ(std::string(reinterpret_cast<char*>(out), 4), "\x03"
+                                                            "abc");
     // Text that does not fit answers false but leaves the longest whole-character prefix that does.
     EXPECT_FALSE(CFStringGetPascalString(string, out, 3, kCFStringEncodingMacRoman));  // no room for 3 + length byte
-    EXPECT_EQ(std::string(reinterpret_cast<char*>(out), 3), "\x02" "ab");
+    EXPECT_EQ(std::string(reinterpret_cast<char*>(out), 3), "\x02"
+                                                            "ab");
     Owned tooLong(CFStringCreateWithCString(nullptr, std::string(256, 'x').c_str(), kCFStringEncodingASCII));
     unsigned char big[300];
     EXPECT_FALSE(CFStringGetPascalString(tooLong, big, sizeof big, kCFStringEncodingASCII));

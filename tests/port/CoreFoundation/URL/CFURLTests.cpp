@@ -52,20 +52,49 @@ TEST(URLResolution, FollowsTheGenericSyntaxForEveryReference)
     URL base(Make("http://a/b/c/d;p?q"));
     const std::pair<const char*, const char*> cases[] = {
         // Normal references.
-        {"g:h", "g:h"}, {"g", "http://a/b/c/g"}, {"./g", "http://a/b/c/g"}, {"g/", "http://a/b/c/g/"},
-        {"/g", "http://a/g"}, {"//g", "http://g"}, {"?y", "http://a/b/c/d;p?y"}, {"g?y", "http://a/b/c/g?y"},
-        {"#s", "http://a/b/c/d;p?q#s"}, {"g#s", "http://a/b/c/g#s"}, {"g?y#s", "http://a/b/c/g?y#s"},
-        {";x", "http://a/b/c/;x"}, {"g;x", "http://a/b/c/g;x"}, {"g;x?y#s", "http://a/b/c/g;x?y#s"},
-        {"", "http://a/b/c/d;p?q"}, {".", "http://a/b/c/"}, {"./", "http://a/b/c/"}, {"..", "http://a/b/"},
-        {"../", "http://a/b/"}, {"../g", "http://a/b/g"}, {"../..", "http://a/"}, {"../../", "http://a/"},
+        {"g:h", "g:h"},
+        {"g", "http://a/b/c/g"},
+        {"./g", "http://a/b/c/g"},
+        {"g/", "http://a/b/c/g/"},
+        {"/g", "http://a/g"},
+        {"//g", "http://g"},
+        {"?y", "http://a/b/c/d;p?y"},
+        {"g?y", "http://a/b/c/g?y"},
+        {"#s", "http://a/b/c/d;p?q#s"},
+        {"g#s", "http://a/b/c/g#s"},
+        {"g?y#s", "http://a/b/c/g?y#s"},
+        {";x", "http://a/b/c/;x"},
+        {"g;x", "http://a/b/c/g;x"},
+        {"g;x?y#s", "http://a/b/c/g;x?y#s"},
+        {"", "http://a/b/c/d;p?q"},
+        {".", "http://a/b/c/"},
+        {"./", "http://a/b/c/"},
+        {"..", "http://a/b/"},
+        {"../", "http://a/b/"},
+        {"../g", "http://a/b/g"},
+        {"../..", "http://a/"},
+        {"../../", "http://a/"},
         {"../../g", "http://a/g"},
         // Abnormal ones: too many "..", dots inside names, dot segments after a query or fragment.
-        {"../../../g", "http://a/g"}, {"../../../../g", "http://a/g"}, {"/./g", "http://a/g"}, {"/../g", "http://a/g"},
-        {"g.", "http://a/b/c/g."}, {".g", "http://a/b/c/.g"}, {"g..", "http://a/b/c/g.."}, {"..g", "http://a/b/c/..g"},
-        {"./../g", "http://a/b/g"}, {"./g/.", "http://a/b/c/g/"}, {"g/./h", "http://a/b/c/g/h"},
-        {"g/../h", "http://a/b/c/h"}, {"g;x=1/./y", "http://a/b/c/g;x=1/y"}, {"g;x=1/../y", "http://a/b/c/y"},
-        {"g?y/./x", "http://a/b/c/g?y/./x"}, {"g?y/../x", "http://a/b/c/g?y/../x"}, {"g#s/./x", "http://a/b/c/g#s/./x"},
-        {"g#s/../x", "http://a/b/c/g#s/../x"}, {"http:g", "http:g"},
+        {"../../../g", "http://a/g"},
+        {"../../../../g", "http://a/g"},
+        {"/./g", "http://a/g"},
+        {"/../g", "http://a/g"},
+        {"g.", "http://a/b/c/g."},
+        {".g", "http://a/b/c/.g"},
+        {"g..", "http://a/b/c/g.."},
+        {"..g", "http://a/b/c/..g"},
+        {"./../g", "http://a/b/g"},
+        {"./g/.", "http://a/b/c/g/"},
+        {"g/./h", "http://a/b/c/g/h"},
+        {"g/../h", "http://a/b/c/h"},
+        {"g;x=1/./y", "http://a/b/c/g;x=1/y"},
+        {"g;x=1/../y", "http://a/b/c/y"},
+        {"g?y/./x", "http://a/b/c/g?y/./x"},
+        {"g?y/../x", "http://a/b/c/g?y/../x"},
+        {"g#s/./x", "http://a/b/c/g#s/./x"},
+        {"g#s/../x", "http://a/b/c/g#s/../x"},
+        {"http:g", "http:g"},
     };
     for (auto [reference, expected] : cases) {
         URL url(Make(reference, base));
@@ -185,8 +214,8 @@ TEST(URLCreation, RefusesTextThatIsNotAURLBytesCarryTheirEncoding)
 
     const char loose[] = "a b\tc";
     URL base(Make("http://h/d/"));
-    URL lenient(CFURLCreateAbsoluteURLWithBytes(nullptr, reinterpret_cast<const UInt8*>(loose), 5, kCFStringEncodingUTF8,
-                                                base, true));
+    URL lenient(CFURLCreateAbsoluteURLWithBytes(nullptr, reinterpret_cast<const UInt8*>(loose), 5,
+                                                kCFStringEncodingUTF8, base, true));
     EXPECT_EQ(Text(lenient), "http://h/d/a b\tc");
     Owned<CFDataRef> escaped(CFURLCreateData(nullptr, lenient, kCFStringEncodingUTF8, true));
     Owned<CFDataRef> raw(CFURLCreateData(nullptr, lenient, kCFStringEncodingUTF8, false));
@@ -200,8 +229,8 @@ TEST(URLEscapes, AddedForIllegalAndChosenCharactersReplacedExceptThoseAskedToSta
     CFStringRef text = CFSTR("a b%/?é");
     EXPECT_EQ(Take(CFURLCreateStringByAddingPercentEscapes(nullptr, text, nullptr, nullptr, kCFStringEncodingUTF8)),
               "a%20b%25/?%C3%A9");
-    EXPECT_EQ(Take(CFURLCreateStringByAddingPercentEscapes(nullptr, CFSTR("x#y\"<>[]{}|\\^`~!*'();:@&=+$,-_."),
-                                                           nullptr, nullptr, kCFStringEncodingUTF8)),
+    EXPECT_EQ(Take(CFURLCreateStringByAddingPercentEscapes(nullptr, CFSTR("x#y\"<>[]{}|\\^`~!*'();:@&=+$,-_."), nullptr,
+                                                           nullptr, kCFStringEncodingUTF8)),
               "x%23y%22%3C%3E%5B%5D%7B%7D%7C%5C%5E%60~!*'();:@&=+$,-_.");
     EXPECT_EQ(Take(CFURLCreateStringByAddingPercentEscapes(nullptr, text, CFSTR(" %"), CFSTR("/?"),
                                                            kCFStringEncodingISOLatin1)),
@@ -214,7 +243,7 @@ TEST(URLEscapes, AddedForIllegalAndChosenCharactersReplacedExceptThoseAskedToSta
     EXPECT_EQ(Take(CFURLCreateStringByReplacingPercentEscapes(nullptr, text, CFSTR("/é"))), "a b%2Fc%C3%A9");
     EXPECT_EQ(Take(CFURLCreateStringByReplacingPercentEscapes(nullptr, text, nullptr)), "a%20b%2Fc%C3%A9");
     EXPECT_EQ(Take(CFURLCreateStringByReplacingPercentEscapesUsingEncoding(nullptr, CFSTR("%E9t%E9"), CFSTR(""),
-                                                                          kCFStringEncodingISOLatin1)),
+                                                                           kCFStringEncodingISOLatin1)),
               "\xC3\xA9t\xC3\xA9");
     for (const char* bad : {"%zz", "abc%4", "%", "%FF", "%C3"})
         EXPECT_EQ(Take(CFURLCreateStringByReplacingPercentEscapes(nullptr, CFSTR(bad), CFSTR(""))), kNull) << bad;
@@ -242,9 +271,10 @@ TEST(URLFilePaths, POSIXPathsAndRepresentationsEscapeWhatURLsCannotHold)
     EXPECT_EQ(Text(url), "file:///tmp/%FFx");
     UInt8 buffer[16] = {};
     ASSERT_TRUE(CFURLGetFileSystemRepresentation(url, false, buffer, sizeof buffer));
-    EXPECT_EQ(std::string(reinterpret_cast<char*>(buffer)), std::string(reinterpret_cast<const char*>(name), sizeof name));
+    EXPECT_EQ(std::string(reinterpret_cast<char*>(buffer)),
+              std::string(reinterpret_cast<const char*>(name), sizeof name));
     EXPECT_FALSE(CFURLGetFileSystemRepresentation(url, false, buffer, sizeof name));  // no room for the NUL
-    EXPECT_EQ(PathOf(url), kNull);  // not UTF-8, so not a string
+    EXPECT_EQ(PathOf(url), kNull);                                                    // not UTF-8, so not a string
     URL web(Make("http://h/p"));
     EXPECT_FALSE(CFURLGetFileSystemRepresentation(web, true, buffer, sizeof buffer));
 }
@@ -317,7 +347,8 @@ TEST(URLFilePaths, WindowsPathsMapDrivesAndServers)
 TEST(URLPathEdits, ComponentsAndExtensionsComeAndGoAtTheEdges)
 {
     URL dir(Make("http://h/a/?q#f"));
-    EXPECT_EQ(Take(CFURLCreateCopyAppendingPathComponent(nullptr, dir, CFSTR("b c?%"), false)), "http://h/a/b%20c%3F%25?q#f");
+    EXPECT_EQ(Take(CFURLCreateCopyAppendingPathComponent(nullptr, dir, CFSTR("b c?%"), false)),
+              "http://h/a/b%20c%3F%25?q#f");
     EXPECT_EQ(Take(CFURLCreateCopyAppendingPathComponent(nullptr, dir, CFSTR("x/y"), true)), "http://h/a/x/y/?q#f");
     URL host(Make("http://h"));
     EXPECT_EQ(Take(CFURLCreateCopyAppendingPathComponent(nullptr, host, CFSTR("b"), false)), "http://h/b");
@@ -325,9 +356,15 @@ TEST(URLPathEdits, ComponentsAndExtensionsComeAndGoAtTheEdges)
     EXPECT_EQ(Take(CFURLCreateCopyAppendingPathComponent(nullptr, file, CFSTR("/b"), false)), "file:///a/b");
 
     const std::pair<const char*, const char*> deletions[] = {
-        {"file:///", "file:///../"}, {"file:///a/b", "file:///a/"}, {"file:///a/b/", "file:///a/"},
-        {"file:///a", "file:///"},   {"a", "./"},                  {"../", "../../"},
-        {".", "../"},                {"a/.", "a/../"},             {"http://h", "http://h/../"},
+        {"file:///", "file:///../"},
+        {"file:///a/b", "file:///a/"},
+        {"file:///a/b/", "file:///a/"},
+        {"file:///a", "file:///"},
+        {"a", "./"},
+        {"../", "../../"},
+        {".", "../"},
+        {"a/.", "a/../"},
+        {"http://h", "http://h/../"},
     };
     for (auto [before, after] : deletions) {
         URL url(Make(before));

@@ -61,7 +61,8 @@ std::vector<std::string> ListingOrder(const FSRef& inFolder)
     EXPECT_EQ(FSOpenIterator(&inFolder, kFSIterateFlat, &iterator), noErr);
     ItemCount count = 0;
     HFSUniStr255 name;
-    while (FSGetCatalogInfoBulk(iterator, 1, &count, nullptr, kFSCatInfoNone, nullptr, nullptr, nullptr, &name) == noErr)
+    while (FSGetCatalogInfoBulk(iterator, 1, &count, nullptr, kFSCatInfoNone, nullptr, nullptr, nullptr, &name) ==
+           noErr)
         names.emplace_back(name.unicode, name.unicode + name.length);
     FSCloseIterator(iterator);
     return names;

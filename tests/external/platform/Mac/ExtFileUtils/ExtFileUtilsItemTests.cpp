@@ -132,7 +132,8 @@ TEST_F(ExtFileUtilsItems, SpecificationsPathsAndNames)
     Boolean fileIsFolder = true, folderIsFolder = false;
     ASSERT_EQ(FSGetNodeID(&file, &nodeID, &fileIsFolder), noErr);
     ASSERT_EQ(FSGetNodeID(&mTop, &folderID, &folderIsFolder), noErr);
-    EXPECT_EQ(std::tuple(folderID, bool(fileIsFolder), bool(folderIsFolder)), std::tuple(long(spec.parID), false, true));
+    EXPECT_EQ(std::tuple(folderID, bool(fileIsFolder), bool(folderIsFolder)),
+              std::tuple(long(spec.parID), false, true));
     EXPECT_NE(nodeID, folderID);
     ::chmod(path.c_str(), 0640);
     UInt32 permissions[4] = {};

@@ -29,8 +29,7 @@ TEST_F(ExtFileUtilsMoveCopy, NamesTakenInTheDestination)
               dupFNErr);
     EXPECT_EQ(ReadFile(mFolder.Path("item")), "mine") << "nothing moved";
     FSRef moved{};
-    ASSERT_EQ(FSMoveRenameObjectUnicode(&item, &dest, fresh.size(), Chars(fresh), kTextEncodingUnknown, &moved),
-              noErr);
+    ASSERT_EQ(FSMoveRenameObjectUnicode(&item, &dest, fresh.size(), Chars(fresh), kTextEncodingUnknown, &moved), noErr);
     EXPECT_EQ(ReadFile(mFolder.Path("dest/fresh")), "mine");
     EXPECT_EQ(ReadFile(mFolder.Path("dest/item")), "");
     EXPECT_EQ(FSCompareFSRefs(&moved, &item), noErr);

@@ -11,7 +11,7 @@ TEST_F(ExtFileUtilsVolumes, DescribeTheMountedFileSystemsAndRefuseServerRequests
 {
     FSVolumeRefNum volume = 0;
     ASSERT_EQ(FSGetVRefNum(&mTop, &volume), noErr);
-    struct statfs kernel{};
+    struct statfs kernel {};
     ASSERT_EQ(::statfs(mFolder.Path().c_str(), &kernel), 0);
 
     UInt16 id = 0, signature = 0;

@@ -22,9 +22,9 @@ TEST(CFUtilsObject, CopiesShareAndAWrongTypeIsDroppedQuietly)
     EXPECT_EQ(CFGetRetainCount(uuid), 1);
     EXPECT_EQ(CFGetRetainCount(array), 1);
 
-    CFUtils::CFUUID held(uuid);   // adopts our retain
+    CFUtils::CFUUID held(uuid);  // adopts our retain
     CFUtils::CFUUID copy(held);
-    copy = CFRetain(array);       // gives up the UUID, then drops the array
+    copy = CFRetain(array);  // gives up the UUID, then drops the array
     EXPECT_TRUE(copy == nullptr);
     EXPECT_EQ(CFGetRetainCount(uuid), 1);
     EXPECT_EQ(CFGetRetainCount(array), 1);
@@ -38,7 +38,7 @@ TEST(CFUtilsObject, CopiesShareAndAWrongTypeIsDroppedQuietly)
 
     CGColorSpaceRef space = CGColorSpaceCreateDeviceRGB();
     CFUtils::CGColorSpace wrappedSpace(static_cast<CGColorSpaceRef>(const_cast<void*>(CFRetain(space))));
-    CFUtils::CGContext notAContext(static_cast<CFTypeRef>(space));   // adopts our retain, drops it
+    CFUtils::CGContext notAContext(static_cast<CFTypeRef>(space));  // adopts our retain, drops it
     EXPECT_TRUE(wrappedSpace == space && notAContext == nullptr);
     EXPECT_EQ(CFGetRetainCount(space), 1);
 

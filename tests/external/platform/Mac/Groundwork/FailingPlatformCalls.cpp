@@ -5,8 +5,8 @@
 // can be seen; every other platform call is the real one.
 #include <Carbon/Carbon.h>
 
-OSStatus UCCompareTextDefault(UCCollateOptions, const UniChar*, UniCharCount, const UniChar*, UniCharCount,
-                              Boolean*, SInt32*)
+OSStatus UCCompareTextDefault(UCCollateOptions, const UniChar*, UniCharCount, const UniChar*, UniCharCount, Boolean*,
+                              SInt32*)
 {
     return memFullErr;
 }

@@ -27,9 +27,9 @@ TEST(GxDebugging, PascalStringsTruncateAtTheirEdges)
 
     const Str255 tail = {3, 'x', 'y', 'z'};
     EXPECT_EQ(Text(AppendPStr(dest, tail, sizeof dest)), "abxyz");
-    EXPECT_EQ(Text(AppendPStr(dest, tail, 7)), "abxyzx");   // room for one more
-    EXPECT_EQ(Text(AppendPStr(dest, tail, 7)), "abxyzx");   // full
-    EXPECT_EQ(Text(AppendPStr(dest, tail, 4)), "abx");      // over capacity: cut back
+    EXPECT_EQ(Text(AppendPStr(dest, tail, 7)), "abxyzx");  // room for one more
+    EXPECT_EQ(Text(AppendPStr(dest, tail, 7)), "abxyzx");  // full
+    EXPECT_EQ(Text(AppendPStr(dest, tail, 4)), "abx");     // over capacity: cut back
 }
 
 TEST(GxDebugging, DisplayWritesOneLineAndWaits)

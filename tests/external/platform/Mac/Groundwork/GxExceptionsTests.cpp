@@ -20,9 +20,12 @@ void RecordingHook(OSStatus inCode, const char* inMessage, const Gx::SourceLocat
 
 TEST(GxExceptions, BaseHandlerCatchesEveryKindWithItsClassAndIdentifier)
 {
-    ExpectThrows<Gx::LogicError>([] { Gx::LogicError::Throw(FourCC("logc"), "m", sourceLocation_Nothing); }, 0x6C6F6763);
-    ExpectThrows<Gx::RuntimeError>([] { Gx::RuntimeError::Throw(FourCC("cfnr"), "m", sourceLocation_Nothing); }, 0x63666E72);
-    ExpectThrows<Gx::DataError>([] { Gx::DataError::Throw(FourCC("data"), "m", sourceLocation_Nothing); }, FourCC("data"));
+    ExpectThrows<Gx::LogicError>([] { Gx::LogicError::Throw(FourCC("logc"), "m", sourceLocation_Nothing); },
+                                 0x6C6F6763);
+    ExpectThrows<Gx::RuntimeError>([] { Gx::RuntimeError::Throw(FourCC("cfnr"), "m", sourceLocation_Nothing); },
+                                   0x63666E72);
+    ExpectThrows<Gx::DataError>([] { Gx::DataError::Throw(FourCC("data"), "m", sourceLocation_Nothing); },
+                                FourCC("data"));
     // An OS error's identifier is fixed, whatever the status looks like.
     ExpectThrows<Gx::OSError>([] { Gx::OSError::Throw(FourCC("cfnr"), "m", sourceLocation_Nothing); }, 0x6F736572);
     ExpectThrows([] { Gx::OSError::Throw(-43, "m", sourceLocation_Nothing); }, FourCC("oser"));

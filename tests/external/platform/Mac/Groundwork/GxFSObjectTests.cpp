@@ -182,8 +182,8 @@ TEST_F(FSObjectTest, AMissingItemsURLIsItsEscapedNameInItsFolder)
     FSRef parent;
     FSSpec spec;
     const Call needingRef[] = {
-        [&] { invalid.GetName(name); }, [&] { invalid.GetParent(parent); }, [&] { invalid.GetFSSpec(spec); },
-        [&] { invalid.Rename(Str("x")); }, [&] { missing.GetVolume(); },    [&] { missing.IsFolder(); },
+        [&] { invalid.GetName(name); },    [&] { invalid.GetParent(parent); }, [&] { invalid.GetFSSpec(spec); },
+        [&] { invalid.Rename(Str("x")); }, [&] { missing.GetVolume(); },       [&] { missing.IsFolder(); },
     };
     for (const Call& call : needingRef)
         ExpectOSError(call, errFSBadFSRef, "File object has no FSRef");

@@ -16,8 +16,7 @@ TEST_F(PlatformFailures, NameComparisonsReportTheCollationFailure)
     HFSUniStr255 name{};
     Gx::FSUtils::StringToHFSUniStr(Str("name"), name);
     ExpectOSError([&] { Gx::FSUtils::FSNamesAreEqual(name, name); }, memFullErr, "UCCompareTextDefault failed");
-    ExpectOSError([&] { Gx::FSUtils::CompareFSNames(Str("a"), Str("b")); }, memFullErr,
-                  "UCCompareTextDefault failed");
+    ExpectOSError([&] { Gx::FSUtils::CompareFSNames(Str("a"), Str("b")); }, memFullErr, "UCCompareTextDefault failed");
     // Two objects that name missing items by folder and name are compared by name.
     Gx::FSObject first = Child("missing"), second = Child("missing");
     ExpectOSError([&] { first.CompareTo(second); }, memFullErr, "UCCompareTextDefault failed");

@@ -85,14 +85,14 @@ TEST_F(SysAppleEvent, RaisesEachFailureWithItsMessage)
     UInt32 foreignData[4] = {};
     const AEDesc foreign{typeAppleEvent, reinterpret_cast<AEDataStorage>(foreignData)};
     ExpectOSError([&] { Gx::SysAppleEvent duplicate(foreign); }, errAENotAEDesc, "AEDuplicateDesc failed");
-    ExpectOSError([&] { Gx::SysAppleEvent made(kCoreEventClass, kAEQuitApplication, foreign, -1, 0); },
-                  errAENotAEDesc, "AECreateAppleEvent failed");
+    ExpectOSError([&] { Gx::SysAppleEvent made(kCoreEventClass, kAEQuitApplication, foreign, -1, 0); }, errAENotAEDesc,
+                  "AECreateAppleEvent failed");
 
     Gx::SysAppleEvent empty;
     ExpectOSError([&] { empty.GetEventClass(); }, errAENotAppleEvent, "AEGetAttributePtr failed to get event class");
     ExpectOSError([&] { empty.GetEventKind(); }, errAENotAppleEvent, "AEGetAttributePtr failed to get event kind");
-    ExpectOSError([&] { empty.SetParameter(keyDirectObject, typeSInt32, sizeof kFirst, &kFirst); },
-                  errAEWrongDataType, "AEPutParamPtr failed");
+    ExpectOSError([&] { empty.SetParameter(keyDirectObject, typeSInt32, sizeof kFirst, &kFirst); }, errAEWrongDataType,
+                  "AEPutParamPtr failed");
     ExpectOSError([&] { empty.SetParamDesc(keyDirectObject, foreign); }, errAEWrongDataType, "AEPutParamDesc failed");
     ExpectOSError([&] { empty.Send(nullptr, kAEQueueReply, kAENormalPriority, kAEDefaultTimeout); }, errAENotAppleEvent,
                   "AESend failed");
@@ -122,7 +122,8 @@ TEST_F(SysAppleEvent, QuitsALaunchedProgramAndALaunchedBundleButNotByAForgedSeri
     pthread_sigmask(SIG_BLOCK, &terminate, &saved);
 
     for (bool isBundle : {false, true}) {
-        std::optional<LaunchReport> started = Start(isBundle ? bundle : kTarget, isBundle, folder.Path(isBundle ? "b" : "p"));
+        std::optional<LaunchReport> started = Start(isBundle ? bundle : kTarget, isBundle,
+                                                    folder.Path(isBundle ? "b" : "p"));
         ASSERT_TRUE(started);
         Launched program{PIDOf(*started)};
         ProcessSerialNumber psn;

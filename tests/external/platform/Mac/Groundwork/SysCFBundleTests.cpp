@@ -15,15 +15,18 @@ protected:
     void SetUp() override
     {
         const std::string resources = mFolder.Path("Wrapped.bundle/Contents/Resources/");
-        MakeBundle(mFolder.Path("Wrapped.bundle"), "<key>CFBundleIdentifier</key><string>org.spindeck.tests.wrappers</string>"
-                                                   "<key>CFBundleDevelopmentRegion</key><string>en</string>", "Wrapped");
+        MakeBundle(mFolder.Path("Wrapped.bundle"),
+                   "<key>CFBundleIdentifier</key><string>org.spindeck.tests.wrappers</string>"
+                   "<key>CFBundleDevelopmentRegion</key><string>en</string>",
+                   "Wrapped");
         MakeBundle(mFolder.Path("Bare.bundle"), "");
         fs::create_directories(resources + "en.lproj");
         fs::create_directories(resources + "fr.lproj");
         WriteFile(resources + "en.lproj/Localizable.strings", "\"Greeting\" = \"Hello\";\n");
         WriteFile(resources + "fr.lproj/Localizable.strings", "\"Greeting\" = \"Bonjour\";\n");
         WriteFile(resources + "icon.png", "png");
-        const std::vector<UInt8> map = BuildResourceFile({{FourCC("STR#"), 128, StringList({"first", "second"})}}).bytes;
+        const std::vector<UInt8> map = BuildResourceFile({{FourCC("STR#"), 128, StringList({"first", "second"})}})
+                                           .bytes;
         WriteFile(resources + "Wrapped.rsrc", std::string(map.begin(), map.end()));
     }
 
@@ -98,8 +101,8 @@ TEST_F(SysCFBundle, IndexedStringsComeFromTheOpenResourceMap)
     EXPECT_TRUE(Gx::CFUtils::GetIndString(128, 2) == CFSTR("second"));
     EXPECT_TRUE(Gx::CFUtils::GetIndString(128, 3) == CFSTR(""));
     EXPECT_TRUE(Gx::CFUtils::GetIndString(129, 1) == CFSTR(""));
-    ExpectThrows<Gx::RuntimeError>([] { Gx::CFUtils::GetIndString(128, 1, kCFStringEncodingMacRoman, kCFAllocatorNull); },
-                                   FourCC("cfcr"));
+    ExpectThrows<Gx::RuntimeError>(
+        [] { Gx::CFUtils::GetIndString(128, 1, kCFStringEncodingMacRoman, kCFAllocatorNull); }, FourCC("cfcr"));
     bundle.CloseResourceMap(file);
     EXPECT_TRUE(Gx::CFUtils::GetIndString(128, 1) == CFSTR(""));
     EXPECT_EQ(Gx::CFBundle(URLOf("Bare.bundle")).OpenResourceMap(), kResFileNotOpened);

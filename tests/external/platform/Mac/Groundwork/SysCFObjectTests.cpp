@@ -30,13 +30,13 @@ TEST(SysCFObject, RetainAdoptAttachAndDetach)
     CFUUIDRef uuid = CFUUIDCreate(nullptr);
     {
         UUIDObject retained(uuid, true);
-        retained.AttachRef(uuid, true);   // already held: nothing changes
+        retained.AttachRef(uuid, true);  // already held: nothing changes
         retained.AttachRef(uuid, false);
         EXPECT_EQ(retained.GetRetainCount(), 2);
         {
             UUIDObject adopted(static_cast<CFUUIDRef>(CFRetain(uuid)), false);
             UUIDObject copy(adopted);
-            copy = retained;   // the same object: no second retain
+            copy = retained;  // the same object: no second retain
             EXPECT_EQ(CFGetRetainCount(uuid), 4);
         }
         EXPECT_EQ(retained.DetachRef(), uuid);
@@ -97,7 +97,7 @@ TEST(SysCFObject, MutableObjectIsCopiedWhenRetainedAndKeptWhenAdopted)
         EXPECT_FALSE(array.HasSameRef(theirs));
         EXPECT_EQ(CFGetRetainCount(theirs), 1);
         array.AttachMutableRef(static_cast<CFMutableArrayRef>(const_cast<void*>(CFRetain(theirs))), false);
-        array.AppendValue(CFSTR("b"));   // adopted, but we still hold it too
+        array.AppendValue(CFSTR("b"));  // adopted, but we still hold it too
         EXPECT_EQ(CFArrayGetCount(theirs), 0);
     }
     StringArray adopted(theirs, false);
@@ -114,10 +114,12 @@ TEST(SysCFObject, FailuresThrowTheirIdentifiers)
     ExpectThrows([&] { empty.GetCount(); }, FourCC("cfnr"));
     ExpectThrows([&] { empty.AppendValue(CFSTR("a")); }, FourCC("cfnr"));
     ExpectThrows<Gx::RuntimeError>([] { StringArray(0, &kCFTypeArrayCallBacks, kCFAllocatorNull); }, FourCC("cfcr"));
-    ExpectThrows<Gx::RuntimeError>([] { Gx::CFDictionary<CFStringRef, const void*>(
-                                            0, &kCFTypeDictionaryKeyCallBacks, &kCFTypeDictionaryValueCallBacks,
-                                            kCFAllocatorNull); },
-                                   FourCC("cfcr"));
+    ExpectThrows<Gx::RuntimeError>(
+        [] {
+            Gx::CFDictionary<CFStringRef, const void*>(0, &kCFTypeDictionaryKeyCallBacks,
+                                                       &kCFTypeDictionaryValueCallBacks, kCFAllocatorNull);
+        },
+        FourCC("cfcr"));
 
     // The copy on write uses the source's allocator; when that refuses, nothing changes.
     RefusingAllocator allocator;

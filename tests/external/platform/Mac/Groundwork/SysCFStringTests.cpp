@@ -70,7 +70,8 @@ TEST(SysCFString, IndicesAndRangesAreCheckedBeforeThePlatformSeesThem)
     ExpectThrows<Gx::LogicError>([&] { text.GetSubstring(CFRangeMake(4, 2), units); }, FourCC("logc"));
 
     Gx::CFString greeting("Hello, hello");
-    CFRange found = greeting.FindInRange(Gx::cfRange_All, CFSTR("HELLO"), kCFCompareCaseInsensitive | kCFCompareBackwards);
+    CFRange found = greeting.FindInRange(Gx::cfRange_All, CFSTR("HELLO"),
+                                         kCFCompareCaseInsensitive | kCFCompareBackwards);
     EXPECT_TRUE(found.location == 7 && found.length == 5);
     EXPECT_EQ(greeting.FindInRange(CFRangeMake(1, 10), CFSTR("Hello")).length, 0);
     ExpectThrows<Gx::LogicError>([&] { greeting.FindInRange(CFRangeMake(1, kIndexToEnd), CFSTR("o")); },
@@ -103,7 +104,7 @@ TEST(SysCFString, ConcatenationTakesEveryOperandKindOnEitherSideAndComparisonRea
     const Gx::CFString ab("ab"), cd("cd"), none;
     const Str255 pascal = {2, 'c', 'd'};
     const std::pair<Gx::CFString, CFStringRef> cases[] = {
-        {ab + "cd", CFSTR("abcd")},  {"cd" + ab, CFSTR("cdab")},          {ab + pascal, CFSTR("abcd")},
+        {ab + "cd", CFSTR("abcd")},   {"cd" + ab, CFSTR("cdab")},        {ab + pascal, CFSTR("abcd")},
         {pascal + ab, CFSTR("cdab")}, {ab + CFSTR("cd"), CFSTR("abcd")}, {CFSTR("cd") + ab, CFSTR("cdab")},
         {ab + cd, CFSTR("abcd")},     {cd + ab, CFSTR("cdab")},
     };
@@ -133,7 +134,8 @@ TEST(SysCFString, FourCharCodesKeepTheirMemoryOrder)
 TEST(SysCFTextUtils, EncodingFromScriptInformationOrTheStatus)
 {
     EXPECT_EQ(Gx::CFUtils::GetEncodingFromScriptCode(smRoman, langIcelandic), kTextEncodingMacIcelandic);
-    ExpectOSError([] { Gx::CFUtils::GetEncodingFromScriptCode(99); }, paramErr, "UpgradeScriptInfoToTextEncoding failed");
+    ExpectOSError([] { Gx::CFUtils::GetEncodingFromScriptCode(99); }, paramErr,
+                  "UpgradeScriptInfoToTextEncoding failed");
 }
 
 }  // namespace

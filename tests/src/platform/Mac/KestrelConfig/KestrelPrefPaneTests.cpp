@@ -60,14 +60,16 @@ TEST(KestrelPrefPane, MissingApplicationShowsTheSheetAndStillRefreshes)
     // The text names the applications folder of the installation the pane was made for.
     QString folder = QDir::cleanPath(QFileInfo(kPane).absolutePath() + "/../application-bundles");
     EXPECT_EQ(shown.SheetMessage(), "Vemora spindeck was not found in your computer. \nPlease verify that Vemora "
-                                    "spindeck is installed in " + folder + ".");
+                                    "spindeck is installed in " +
+                                        folder + ".");
     // The refresh ran: the button (enabled in the interface file) is disabled, nothing found.
     EXPECT_FALSE(shown.Enabled());
     EXPECT_EQ(shown.Button(), "");
 
     // A pane without its own texts falls back to the built-in ones, exactly.
     for (const char* language : {"en", "de"})
-        ASSERT_TRUE(QFile::remove(installation.Pane() + "/Contents/Resources/" + language + ".lproj/Localizable.strings"));
+        ASSERT_TRUE(
+            QFile::remove(installation.Pane() + "/Contents/Resources/" + language + ".lproj/Localizable.strings"));
     HostRun bare = installation.Run({});
     EXPECT_EQ(bare.shown.back().SheetTitle(), "Vemora spindeck Not Found");
     EXPECT_EQ(bare.shown.back().SheetMessage(),
@@ -149,8 +151,9 @@ TEST(KestrelPrefPane, FailuresOfTheServicesAreLoggedAndAbsorbed)
         installation.Set("KESTREL_BACKEND_FAULT", c.fault);
         HostRun run = installation.Run({});
         ASSERT_EQ(run.exitCode, 0) << run.errors.toStdString();
-        EXPECT_TRUE(run.errors.contains(QRegularExpression(
-            "\\d{4}-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d\\.\\d{3} panehost\\[\\d+\\] " + QRegularExpression::escape(c.logged))))
+        EXPECT_TRUE(run.errors.contains(
+            QRegularExpression("\\d{4}-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d\\.\\d{3} panehost\\[\\d+\\] " +
+                               QRegularExpression::escape(c.logged))))
             << run.errors.toStdString();
         // The not-running wording; the found flag set before the failure keeps the button usable.
         EXPECT_EQ(run.shown.back().Button(), kStartTitle) << c.fault;
@@ -174,12 +177,14 @@ TEST(KestrelPrefPane, GermanShowsTheTextsOfBothBundles)
     HostRun run = installation.Run({});
     ASSERT_EQ(run.exitCode, 0) << run.errors.toStdString();
     EXPECT_EQ(run.shown.back().Button(), "Vemora spindeck starten");
-    EXPECT_EQ(run.shown.back().Status(), "Vemora spindeck ist deaktiviert. Klicken Sie auf die Schaltfläche, um es zu aktivieren.");
+    EXPECT_EQ(run.shown.back().Status(),
+              "Vemora spindeck ist deaktiviert. Klicken Sie auf die Schaltfläche, um es zu aktivieren.");
 
     QProcess::execute("rm", {"-r", installation.Application()});
     HostRun missing = installation.Run({});
     EXPECT_EQ(missing.shown.back().SheetTitle(), "Vemora spindeck nicht gefunden");
-    EXPECT_TRUE(missing.shown.back().SheetMessage().startsWith("Vemora spindeck wurde auf Ihrem Computer nicht gefunden. \n"));
+    EXPECT_TRUE(
+        missing.shown.back().SheetMessage().startsWith("Vemora spindeck wurde auf Ihrem Computer nicht gefunden. \n"));
 }
 
 }  // namespace

@@ -37,8 +37,8 @@ std::string List(const std::vector<std::string>& inEntries)
 }
 
 struct Case {
-    std::optional<std::string> stored;    // the list in the domain file; none: no file
-    bool named;                           // whether the helper's name is given
+    std::optional<std::string> stored;  // the list in the domain file; none: no file
+    bool named;                         // whether the helper's name is given
     UpdateLoginItemsAction action;
     bool result;
     std::optional<std::string> expected;  // the list written; none: the file is left alone
@@ -55,12 +55,14 @@ void RunCases(const std::vector<Case>& inCases)
         const std::string config = folder.Path(std::to_string(number));
         const std::string file = config + "/preferences/loginwindow.plist";
         ScopedVariable home("XDG_CONFIG_HOME", config);
-        struct stat before {}, after {};
+        struct stat before {
+        }, after{};
         if (test.stored) {
             std::filesystem::create_directories(config + "/preferences");
             EXPECT_EQ(Python("plistlib.dump({'Other': 'kept', 'AutoLaunchedApplicationDictionary': json.loads(items)},"
                              " open(file, 'wb'))",
-                             file, *test.stored), "");
+                             file, *test.stored),
+                      "");
             ASSERT_EQ(stat(file.c_str(), &before), 0);
         }
         EXPECT_EQ(UpdateLoginItems(spindeck::test::PathURL(kOwn, true).Get(),
@@ -68,10 +70,11 @@ void RunCases(const std::vector<Case>& inCases)
                   test.result);
         const bool exists = stat(file.c_str(), &after) == 0;
         if (test.expected) {
-            EXPECT_EQ(Python("d = plistlib.load(open(file, 'rb'))\n"
-                             "print(d.get('Other'), json.dumps(d['AutoLaunchedApplicationDictionary'], sort_keys=True))",
-                             file),
-                      (test.stored ? "kept " : "None ") + *test.expected + "\n");
+            EXPECT_EQ(
+                Python("d = plistlib.load(open(file, 'rb'))\n"
+                       "print(d.get('Other'), json.dumps(d['AutoLaunchedApplicationDictionary'], sort_keys=True))",
+                       file),
+                (test.stored ? "kept " : "None ") + *test.expected + "\n");
         } else {
             EXPECT_EQ(exists, test.stored.has_value());
             EXPECT_TRUE(!exists || (after.st_ino == before.st_ino && after.st_mtim.tv_sec == before.st_mtim.tv_sec &&
@@ -92,21 +95,18 @@ TEST(LoginItems, AddingMovingAndFindingTheItem)
         {List({}), false, kAddIfNotFound, true, List({Entry(kOwn)})},
         {List({Entry(kOwn), Entry(kUnrelated)}), true, kAddIfNotFound, false, std::nullopt},
         {List({Entry(kOwn), Entry(kUnrelated)}), true, kJustSeeIfItsThere, true, std::nullopt},
-        {List({Entry(kUnrelated), Entry(kOwn)}), true, kAddToEndIfNotFoundButMoveToEndIfPresent, false,
-         std::nullopt},
+        {List({Entry(kUnrelated), Entry(kOwn)}), true, kAddToEndIfNotFoundButMoveToEndIfPresent, false, std::nullopt},
         {List({Entry(kUnrelated), Entry(kOwn)}), false, kMoveToEndIfPresent, false, std::nullopt},
         // Moved entries are written afresh, without the keys the old one had.
         {List({tagged, Entry(kUnrelated)}), true, kAddToEndIfNotFoundButMoveToEndIfPresent, true,
          List({Entry(kUnrelated), Entry(kOwn)})},
-        {List({tagged, Entry(kUnrelated)}), false, kMoveToEndIfPresent, true,
-         List({Entry(kUnrelated), Entry(kOwn)})},
+        {List({tagged, Entry(kUnrelated)}), false, kMoveToEndIfPresent, true, List({Entry(kUnrelated), Entry(kOwn)})},
         // Two entries of the item: the last one is seen first, the earlier one then clears
         // "found", so a new entry follows the one that was last.
         {List({tagged, taggedSecond}), true, kAddToEndIfNotFoundButMoveToEndIfPresent, true,
          List({taggedSecond, Entry(kOwn)})},
         {List({tagged, taggedSecond}), false, kMoveToEndIfPresent, true, List({taggedSecond, Entry(kOwn)})},
-        {List({tagged, Entry(kUnrelated), taggedSecond}), true, kRemoveIfFound, true,
-         List({Entry(kUnrelated)})},
+        {List({tagged, Entry(kUnrelated), taggedSecond}), true, kRemoveIfFound, true, List({Entry(kUnrelated)})},
     });
 }
 
@@ -131,8 +131,7 @@ TEST(LoginItems, StaleCopiesAreRemovedByEveryActionAndOnlyByName)
         {List({Entry(kInNamedFolder), Entry(kOldNonASCII)}), true, kJustSeeIfItsThere, false,
          List({Entry(kInNamedFolder)})},
         // Entries without a path, and keys this code does not know, survive.
-        {List({withoutPath, extraKeys, Entry(kOld)}), true, kRemoveIfFound, true,
-         List({withoutPath, extraKeys})},
+        {List({withoutPath, extraKeys, Entry(kOld)}), true, kRemoveIfFound, true, List({withoutPath, extraKeys})},
     });
 }
 

@@ -14,7 +14,8 @@ namespace spindeck::test {
 inline std::string Python(const std::string& inScript, const std::string& inFile, const std::string& inList = "")
 {
     ScopedVariable script("LOGIN_ITEMS_SCRIPT", "import json, os, plistlib\nfile = os.environ['LOGIN_ITEMS_FILE']\n"
-                                                "items = os.environ['LOGIN_ITEMS_LIST']\n" + inScript);
+                                                "items = os.environ['LOGIN_ITEMS_LIST']\n" +
+                                                    inScript);
     ScopedVariable file("LOGIN_ITEMS_FILE", inFile), list("LOGIN_ITEMS_LIST", inList);
     std::string output;
     FILE* child = popen("python3 -c \"$LOGIN_ITEMS_SCRIPT\"", "r");

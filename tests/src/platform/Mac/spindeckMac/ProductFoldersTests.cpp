@@ -18,7 +18,8 @@ protected:
     // The code bundle: with every resource, or with none.
     std::string UseCodeBundle(bool inWithResources)
     {
-        std::string resources = UseBundle(inWithResources ? "Full.bundle" : "Empty.bundle", "\"Untitled\" = \"Sans titre\";\n");
+        std::string resources = UseBundle(inWithResources ? "Full.bundle" : "Empty.bundle",
+                                          "\"Untitled\" = \"Sans titre\";\n");
         if (inWithResources) {
             std::filesystem::create_directories(resources + "/menus");
             std::filesystem::create_directories(resources + "/skins/Dark");
@@ -72,8 +73,9 @@ TEST_F(ProductFolders, ResourcesComeFromTheCodeBundle)
     std::filesystem::create_directories(mFolder.Path("bin"));
     ScopedVariable path("PATH", mFolder.Path("bin"));
     EXPECT_EQ(spindeck::ReinstallPluginsCmd(), kLSApplicationNotFoundErr);
-    WriteProgram(mFolder.Path("bin/xdg-open"), "#!/bin/sh\necho \"$1\" > " + mFolder.Path("opened.tmp") + " && /bin/mv " +
-                                                   mFolder.Path("opened.tmp") + " " + mFolder.Path("opened") + "\n");
+    WriteProgram(mFolder.Path("bin/xdg-open"), "#!/bin/sh\necho \"$1\" > " + mFolder.Path("opened.tmp") +
+                                                   " && /bin/mv " + mFolder.Path("opened.tmp") + " " +
+                                                   mFolder.Path("opened") + "\n");
     EXPECT_EQ(spindeck::ReinstallPluginsCmd(), noErr);
     for (int i = 0; i < 500 && !Exists(mFolder.Path("opened")); ++i)
         std::this_thread::sleep_for(std::chrono::milliseconds(10));

@@ -180,18 +180,20 @@ TEST_F(Helpers, ToggleStartsAndStopsTheBackendAndKeepsTheLoginItemsInStep)
     std::string app = mEnvironment.CopyDemo("Programme für Prüfung");
     std::string package = app + "/" + kBackend;
     std::string executable = app + "/" + kBackendExecutable;
-    const std::string foreign = R"(["not a dictionary", {"Name": "no path"}, {"Hide": true, "Path": "/opt/Other.app"}])";
+    const std::string foreign =
+        R"(["not a dictionary", {"Name": "no path"}, {"Hide": true, "Path": "/opt/Other.app"}])";
     ASSERT_EQ(StoreItems(mEnvironment.Config(), foreign), "");
-    const std::string listed =
-        R"(["not a dictionary", {"Name": "no path"}, {"Hide": true, "Path": "/opt/Other.app"}, {"Hide": false, "Path": ")" +
-        package + "\"}]\n";
+    const std::string listed = foreign.substr(0, foreign.size() - 1) + R"(, {"Hide": false, "Path": ")" + package +
+                               "\"}]\n";
 
     // Reconcile on a stopped backend that is no login item does nothing.
     bool launched = true;
     EXPECT_TRUE(spindeck::ToggleBackendState(PathString(app), &launched, true));
     EXPECT_FALSE(launched);
     EXPECT_EQ(RunningPID(executable), 0);
-    EXPECT_EQ(StoredItems(mEnvironment.Config()), R"(["not a dictionary", {"Name": "no path"}, {"Hide": true, "Path": "/opt/Other.app"}])" "\n");
+    EXPECT_EQ(StoredItems(mEnvironment.Config()),
+              R"(["not a dictionary", {"Name": "no path"}, {"Hide": true, "Path": "/opt/Other.app"}])"
+              "\n");
 
     // Toggle on a stopped backend: listed (exactly "Path" and "Hide"), then launched.
     EXPECT_TRUE(spindeck::ToggleBackendState(PathString(app), &launched, false));
@@ -211,7 +213,9 @@ TEST_F(Helpers, ToggleStartsAndStopsTheBackendAndKeepsTheLoginItemsInStep)
     // Toggle on a running backend: asked to quit, taken off the list, gone soon after.
     EXPECT_TRUE(spindeck::ToggleBackendState(PathString(app), &launched, false));
     EXPECT_FALSE(launched);
-    EXPECT_EQ(StoredItems(mEnvironment.Config()), R"(["not a dictionary", {"Name": "no path"}, {"Hide": true, "Path": "/opt/Other.app"}])" "\n");
+    EXPECT_EQ(StoredItems(mEnvironment.Config()),
+              R"(["not a dictionary", {"Name": "no path"}, {"Hide": true, "Path": "/opt/Other.app"}])"
+              "\n");
     EXPECT_TRUE(AwaitGone(pid)) << "the helper did not quit";
     EXPECT_FALSE(spindeck::IsBackendRunning(PathString(app), nullptr));
 
