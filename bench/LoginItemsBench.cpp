@@ -1,4 +1,4 @@
-// UpdateLoginItems moving the helper to the end of lists of 10, 1,000 and 100,000 entries
+// UpdateLoginItems moving the helper to the end of lists of 10, 1,000, 10,000 and 100,000 entries
 // (so the list is read, searched by name, edited and written back), beside Python's plistlib
 // loading and dumping the same file: what a script would do to edit the list by hand.
 // plistlib is timed inside one python3 child (interpreter start-up excluded) and reported as
@@ -139,7 +139,7 @@ int main(int argc, char** argv)
         return 1;
     sFolder = folder;
     setenv("HOME", folder, 1);
-    for (long size : {10L, 1000L, 100000L}) {
+    for (long size : {10L, 1000L, 10000L, 100000L}) {
         MakeList(size);
         benchmark::RegisterBenchmark("UpdateLoginItems", BM_UpdateLoginItems)
             ->Arg(size)
