@@ -29,6 +29,9 @@ constexpr char kBase64Digits[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrst
 
 constexpr const char* kLoneSurrogate = "a string holds a lone surrogate, which has no UTF-8 form";
 constexpr const char* kZeroCharacter = "a string holds a zero character, which the XML form cannot carry";
+constexpr const char* kTooDeep = "the property list is nested too deeply (or contains itself)";
+constexpr const char* kNotAValue = "the tree holds an object that is not a property-list value";
+constexpr const char* kKeyNotAString = "a dictionary has a key that is not a string";
 
 bool IsLead(char32_t inUnit) { return inUnit >= 0xD800 && inUnit <= 0xDBFF; }
 bool IsTrail(char32_t inUnit) { return inUnit >= 0xDC00 && inUnit <= 0xDFFF; }
@@ -74,15 +77,31 @@ const char* DateProblem(CFAbsoluteTime inTime, DateFields& outFields)
     return nullptr;
 }
 
-// Whether the tree can be written, walking it without writing.
-class Checker {
+// The first problem met in a walk of the tree is the one reported.
+class FirstProblem {
 public:
-    explicit Checker(std::string& outError) : mError(outError) {}
+    explicit FirstProblem(std::string& outError) : mError(outError) {}
+
+    bool Fail(const char* inReason)
+    {
+        if (mError.empty())
+            mError = inReason;
+        return false;
+    }
+
+private:
+    std::string& mError;
+};
+
+// Whether the tree can be written, walking it without writing.
+class Checker : FirstProblem {
+public:
+    using FirstProblem::FirstProblem;
 
     bool Value(CFTypeRef inValue, int inDepth)
     {
         if (inDepth > kMaxDepth)
-            return Fail("the property list is nested too deeply (or contains itself)");
+            return Fail(kTooDeep);
         DateFields fields{};
         switch (KindOf(inValue)) {
         case Kind::String:
@@ -105,17 +124,10 @@ public:
         case Kind::Other:
             break;
         }
-        return Fail("the tree holds an object that is not a property-list value");
+        return Fail(kNotAValue);
     }
 
 private:
-    bool Fail(const char* inReason)
-    {
-        if (mError.empty())
-            mError = inReason;
-        return false;
-    }
-
     // True when there is no problem; otherwise notes it.
     bool Check(const char* inProblem) { return inProblem == nullptr || Fail(inProblem); }
 
@@ -133,7 +145,7 @@ private:
                 if (!walk.sound)
                     return;
                 if (KindOf(inKey) != Kind::String)
-                    walk.sound = walk.checker.Fail("a dictionary has a key that is not a string");
+                    walk.sound = walk.checker.Fail(kKeyNotAString);
                 else
                     walk.sound = walk.checker.Check(StringProblem(CFStringRef(inKey))) &&
                                  walk.checker.Value(inValue, walk.depth);
@@ -141,18 +153,16 @@ private:
             &walk);
         return walk.sound;
     }
-
-    std::string& mError;
 };
 
-class Writer {
+class Writer : FirstProblem {
 public:
-    Writer(std::string& outBytes, std::string& outError) : mOut(outBytes), mError(outError) {}
+    Writer(std::string& outBytes, std::string& outError) : FirstProblem(outError), mOut(outBytes) {}
 
     bool Value(CFTypeRef inValue, int inDepth)
     {
         if (inDepth > kMaxDepth)
-            return Fail("the property list is nested too deeply (or contains itself)");
+            return Fail(kTooDeep);
         mOut.append(std::size_t(inDepth), '\t');
         switch (KindOf(inValue)) {
         case Kind::String:
@@ -174,17 +184,10 @@ public:
         case Kind::Other:
             break;
         }
-        return Fail("the tree holds an object that is not a property-list value");
+        return Fail(kNotAValue);
     }
 
 private:
-    bool Fail(const char* inReason)
-    {
-        if (mError.empty())
-            mError = inReason;
-        return false;
-    }
-
     // One character, escaped where needed, as UTF-8 at outBytes; answers how many bytes.
     static std::size_t Encoded(char32_t inCode, char* outBytes)
     {
@@ -356,7 +359,7 @@ private:
         mOut += "<dict>\n";
         for (auto [key, value] : entries) {
             if (KindOf(key) != Kind::String)
-                return Fail("a dictionary has a key that is not a string");
+                return Fail(kKeyNotAString);
             mOut.append(std::size_t(inDepth + 1), '\t');
             if (!Element("key", CFStringRef(key)) || !Value(value, inDepth + 1))
                 return false;
@@ -369,7 +372,6 @@ private:
     static constexpr std::size_t kLongestEncoding = 8;
 
     std::string& mOut;
-    std::string& mError;
     std::vector<Entries> mEntries;  // per depth, reused by every dictionary at that depth
 };
 
