@@ -10,7 +10,11 @@
 #include <Carbon/Files.h>
 #include <Carbon/Processes.h>
 
+#include <chrono>
+#include <csignal>
+#include <fstream>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace spindeck::test {
@@ -53,6 +57,24 @@ inline bool AwaitRunning(const std::string& inPath)
     for (int i = 0; i < 300 && RunningPID(inPath) == 0; ++i)
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
     return RunningPID(inPath) != 0;
+}
+
+// Waits until process inPID takes the quit request itself. A process is listed as running
+// from the moment it starts, but until it installs its quit handler SIGTERM still ends it
+// by default; installing the handler blocks SIGTERM on its main thread, which the kernel
+// shows in the process's status.
+inline bool AwaitQuitHandler(pid_t inPID)
+{
+    const std::string status = "/proc/" + std::to_string(inPID) + "/status";
+    for (int i = 0; i < 500; ++i) {
+        std::ifstream file(status);
+        std::string line;
+        while (std::getline(file, line))
+            if (line.starts_with("SigBlk:") && (std::stoull(line.substr(7), nullptr, 16) >> (SIGTERM - 1)) & 1)
+                return true;
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    return false;
 }
 
 class HelperEnvironment {
