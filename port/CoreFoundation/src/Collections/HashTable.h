@@ -148,7 +148,8 @@ public:
 
 private:
     static constexpr UInt8 kEmpty = 0;
-    static constexpr std::size_t kMinCapacity = 8;
+    // Most dictionaries in property lists hold two or three keys; four slots take three.
+    static constexpr std::size_t kMinCapacity = 4;
 
     // Caller-supplied hashes can be poor in any bits (a pointer's low bits are always zero,
     // a small integer's high bits too), so every bit of the code is spread over the rest.

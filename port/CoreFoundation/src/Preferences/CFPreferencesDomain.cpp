@@ -116,6 +116,10 @@ bool Domain::WritePending()
         return false;
     Owned<CFMutableDictionaryRef> values = Merged(mFile.values, mPending);
     std::string bytes, error;
+    // Room for what the file held, and a little more: a domain is mostly written back about
+    // the size it was read, and a string grown by doubling would touch three times that.
+    if (mFile.identity.size > 0)
+        bytes.reserve(std::size_t(mFile.identity.size) + std::size_t(mFile.identity.size) / 8 + 4096);
     FileIdentity written;
     if (!plist::WriteXML(values.Get(), bytes, error) || !ReplaceDomainFile(mLocation.path, bytes, written, error)) {
         std::fprintf(stderr, "Preferences: \"%s\" could not be saved (%s).\n", mLocation.path.c_str(), error.c_str());
