@@ -50,7 +50,24 @@ public:
         return true;
     }
 
+    // Waits (a few seconds at most) until every child runs its own program: a crowd that is
+    // still starting would load the machine while the benchmark measures.
+    void AwaitStarted() const
+    {
+        const std::string self = ExecutableOf(::getpid());
+        for (pid_t child : mChildren)
+            for (int i = 0; i < 500 && ExecutableOf(child) == self; ++i)
+                ::usleep(10'000);
+    }
+
 private:
+    static std::string ExecutableOf(pid_t inPID)
+    {
+        char path[4096];
+        ssize_t length = ::readlink(("/proc/" + std::to_string(inPID) + "/exe").c_str(), path, sizeof path);
+        return length > 0 ? std::string(path, std::size_t(length)) : std::string();
+    }
+
     std::vector<pid_t> mChildren;
 };
 

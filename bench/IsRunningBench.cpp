@@ -99,8 +99,10 @@ struct Scene {
 
     const std::optional<Backend>& BackendCrowded()
     {
-        if (!backendCrowded && Crowded())
+        if (!backendCrowded && Crowded()) {
             backendCrowded = StartBackend("crowded");
+            children.AwaitStarted();
+        }
         return backendCrowded;
     }
 
@@ -119,6 +121,7 @@ struct Scene {
                 if (!children.Start("/bin/sleep", {"3600"}))
                     return crowded;
             crowded = Start("isrunning-crowded");
+            children.AwaitStarted();
         }
         return crowded;
     }

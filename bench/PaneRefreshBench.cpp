@@ -67,7 +67,7 @@ int main(int argc, char** argv)
         children.Start("/bin/sleep", {"3600"});
     // The helper runs until it is asked to quit; it is killed with the crowd.
     children.Start(SPINDECK_HELPER, {});
-    ::usleep(300'000);
+    children.AwaitStarted();
     sPane = LoadPane();
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();

@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <chrono>
 #include <limits>
 #include <cstdio>
 #include <memory>
@@ -95,6 +96,42 @@ std::optional<ProcessStat> ParseStatLine(std::string_view inLine)
     return stat;
 }
 
+// The last few processes this thread read, each for a few milliseconds. The children of one
+// parent all name it as their launcher, so a walk over hundreds of them would otherwise read
+// that parent once for each.
+class RecentStats {
+public:
+    const ProcessStat* Find(pid_t inPID) const
+    {
+        const Clock::time_point now = Clock::now();
+        for (const Entry& entry : mEntries)
+            if (entry.stat.pid == inPID && now - entry.taken < kFreshness)
+                return &entry.stat;
+        return nullptr;
+    }
+
+    void Remember(const ProcessStat& inStat)
+    {
+        auto same = std::find_if(mEntries.begin(), mEntries.end(),
+                                 [&](const Entry& entry) { return entry.stat.pid == inStat.pid; });
+        Entry& slot = same != mEntries.end() ? *same : mEntries[mNext++ % mEntries.size()];
+        slot = Entry{inStat, Clock::now()};
+    }
+
+private:
+    using Clock = std::chrono::steady_clock;
+    static constexpr auto kFreshness = std::chrono::milliseconds(10);
+
+    struct Entry {
+        ProcessStat stat;
+        Clock::time_point taken;
+    };
+    std::array<Entry, 4> mEntries{};
+    std::size_t mNext = 0;
+};
+
+thread_local RecentStats tRecent;
+
 }  // namespace
 
 std::optional<ProcessStat> ReadProcessStat(pid_t inPID)
@@ -102,7 +139,17 @@ std::optional<ProcessStat> ReadProcessStat(pid_t inPID)
     if (inPID <= 0)
         return std::nullopt;
     std::optional<std::string> line = ReadStatLine(inPID);
-    return line ? ParseStatLine(*line) : std::nullopt;
+    std::optional<ProcessStat> stat = line ? ParseStatLine(*line) : std::nullopt;
+    if (stat)
+        tRecent.Remember(*stat);
+    return stat;
+}
+
+std::optional<ProcessStat> RecentProcessStat(pid_t inPID)
+{
+    if (const ProcessStat* known = tRecent.Find(inPID))
+        return *known;
+    return ReadProcessStat(inPID);
 }
 
 ProcessSerialNumber SerialNumberOf(const ProcessStat& inStat)

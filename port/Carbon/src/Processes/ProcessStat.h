@@ -26,6 +26,11 @@ struct ProcessStat {
 // counts as ended) or is a kernel thread, which is no application.
 std::optional<ProcessStat> ReadProcessStat(pid_t inPID);
 
+// The same, answered from what this thread read of the process in the last few milliseconds
+// when it read it at all. Only for describing another process (a launcher): whether a
+// process still exists, and a check made before acting on it, must be read afresh.
+std::optional<ProcessStat> RecentProcessStat(pid_t inPID);
+
 ProcessSerialNumber SerialNumberOf(const ProcessStat& inStat);
 
 // The live process a serial number names, the constants kCurrentProcess and kSystemProcess

@@ -73,7 +73,7 @@ std::string NameOf(const ProcessStat& inStat, const std::optional<std::string>& 
 
 ProcessSerialNumber LauncherOf(const ProcessStat& inStat)
 {
-    std::optional<ProcessStat> parent = ReadProcessStat(inStat.parent);
+    std::optional<ProcessStat> parent = RecentProcessStat(inStat.parent);
     return parent ? SerialNumberOf(*parent) : ProcessSerialNumber{0, kNoProcess};
 }
 
