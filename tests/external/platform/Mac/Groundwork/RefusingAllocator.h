@@ -2,6 +2,8 @@
 // object's own allocator answer NULL.
 #pragma once
 
+#include "ExpectThrows.h"
+
 #include <CoreFoundation/CFBase.h>
 
 #include <cstdlib>
@@ -21,6 +23,17 @@ public:
     CFAllocatorRef Get() const { return mAllocator; }
     void Refuse(bool inRefuse = true) { mRefusing = inRefuse; }
 
+    // A change that must first copy an object made with this allocator: refused, it throws
+    // 'cfcr' and the wrapper keeps the reference it had.
+    template <class Object, class Change>
+    void ExpectRefusedChangeKeeps(Object& inObject, Change inChange)
+    {
+        const auto before = inObject.GetRefValue();
+        Refuse();
+        ExpectThrows<Gx::RuntimeError>([&] { inChange(); }, FourCC("cfcr"));
+        EXPECT_TRUE(inObject.HasSameRef(before));
+    }
+
 private:
     static void* Allocate(CFIndex inSize, CFOptionFlags, void* inInfo)
     {
@@ -31,3 +44,12 @@ private:
     CFAllocatorRef mAllocator = nullptr;
     bool mRefusing = false;
 };
+
+// A wrapper made by inMake with the allocator it is given holds the one retain the create call
+// handed over, and a create call that answers NULL throws RuntimeError 'cfcr'.
+template <class Make>
+void ExpectAdoptedOrRefused(Make inMake)
+{
+    EXPECT_EQ(inMake(kCFAllocatorDefault).GetRetainCount(), 1);
+    ExpectThrows<Gx::RuntimeError>([&] { inMake(kCFAllocatorNull); }, FourCC("cfcr"));
+}
