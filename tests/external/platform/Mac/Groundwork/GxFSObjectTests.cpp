@@ -53,7 +53,6 @@ TEST_F(FSObjectTest, EachConstructorTakesTheStateTheDiskDescribes)
         {[] { return Gx::FSObject(CFURLRef(nullptr)); }, 0, nullptr},
         {[&] { return Gx::FSObject(Str(Path("new")), posix); }, 2, "new"},
         {[&] { return Gx::FSObject(Str(Path("no/new")), posix); }, 0, nullptr},
-        {[&] { return Gx::FSObject(Str("file"), mFolderRef, posix); }, 1, nullptr},
         {[&] { return Gx::FSObject(Str("new"), mFolderRef, posix); }, 2, "new"},
     };
     for (std::size_t i = 0; i < std::size(cases); ++i) {

@@ -29,6 +29,7 @@ TEST_F(FileTest, CreateOnDiskRefusesOrReplacesAnExistingFile)
     EXPECT_EQ(Text(file.GetLocation().GetName()), "new");
     EXPECT_EQ(ReadFile(Path("new")), "");
 
+    // Its own open fork is not closed for it.
     file.OpenDataFork(fsRdPerm);
     ExpectOSError([&] { file.CreateOnDisk(kFSCatInfoNone, nullptr, true); }, fBsyErr, "FSDeleteObject failed");
     ExpectOSError([&] { Gx::File(Child("a/b")).CreateOnDisk(); }, bdNamErr, "FSCreateFileUnicode failed");
