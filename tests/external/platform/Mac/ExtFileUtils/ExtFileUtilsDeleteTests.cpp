@@ -70,32 +70,23 @@ std::vector<std::string> ListingOrder(const FSRef& inFolder)
 
 }  // namespace
 
-TEST_F(ExtFileUtilsDelete, DeepTreeFitsASmallStack)
+// A chain thousands of folders deep must fit a small stack; 50 branches of 1,000 files each
+// are deleted while their folders are being read. Making that many files on a disk-backed
+// volume would take most of the test's time, so a memory-backed one is used where there is one.
+TEST_F(ExtFileUtilsDelete, DeepAndWideTreesGoEntirelyOnASmallStack)
 {
     constexpr int kLevels = 2000;
-    ASSERT_EQ(::mkdir(mFolder.Path("tree").c_str(), 0755), 0);
-    MakeChain(mFolder.Path("tree"), kLevels);
-    FSRef tree = RefOf(mFolder.Path("tree"));
-    OSErr status = 1;
-    // What the File Manager's own calls need at the bottom of the tree comes on mTop.
-    RunOnStack(kLevels * kStackPerLevel + 64 * 1024, [&] { status = FSDeleteContainer(&tree); });
-    EXPECT_EQ(status, noErr);
-    EXPECT_FALSE(Exists(mFolder.Path("tree")));
-}
-
-TEST_F(ExtFileUtilsDelete, LargeTreeIsDeletedEntirely)
-{
-    // Making tens of thousands of files on a disk-backed volume would take most of the test's
-    // time; a memory-backed one is used where there is one.
     TemporaryFolder folder(::access("/dev/shm", W_OK) == 0 ? "/dev/shm" : "/tmp");
-    std::string top = folder.Path("tree");
-    // 50 branches, each five folders deep with 1,000 files at the bottom.
-    std::string make = "cd '" + folder.Path() + "' && for b in $(seq 50); do mkdir -p tree/$b/n/n/n/n/n && " +
-                       "(cd tree/$b/n/n/n/n/n && seq 1000 | xargs touch) || exit 1; done";
+    std::string make = "cd '" + folder.Path() + "' && mkdir -p tree/deep && for b in $(seq 50); do " +
+                       "mkdir -p tree/$b/n/n/n/n/n && (cd tree/$b/n/n/n/n/n && seq 1000 | xargs touch) || exit 1; done";
     ASSERT_EQ(std::system(make.c_str()), 0);
-    FSRef tree = RefOf(top);
-    EXPECT_EQ(FSDeleteContainer(&tree), noErr);
-    EXPECT_FALSE(Exists(top));
+    MakeChain(folder.Path("tree/deep"), kLevels);
+    FSRef tree = RefOf(folder.Path("tree"));
+    OSErr status = 1;
+    // What the File Manager's own calls need at the bottom of the tree comes on top.
+    RunOnStack((kLevels + 2) * kStackPerLevel + 64 * 1024, [&] { status = FSDeleteContainer(&tree); });
+    EXPECT_EQ(status, noErr);
+    EXPECT_FALSE(Exists(folder.Path("tree")));
 }
 
 // Also lists the folder first, in more than one of FSGetDirectoryItems' batches.

@@ -21,12 +21,6 @@ OSStatus FixedClock(UTCDateTime* outDateTime, OptionBits)
     return noErr;
 }
 
-bool Later(const UTCDateTime& inFirst, const UTCDateTime& inSecond)
-{
-    auto seconds = [](const UTCDateTime& inDate) { return UInt64(inDate.highSeconds) << 32 | inDate.lowSeconds; };
-    return seconds(inFirst) > seconds(inSecond);
-}
-
 }  // namespace
 
 TEST_F(ExtFileUtilsFinder, FlagChangesMoveTheParentsDate)
@@ -46,12 +40,12 @@ TEST_F(ExtFileUtilsFinder, FlagChangesMoveTheParentsDate)
     // its own.
     SetContentModDate(parent, kLongAgo);
     ASSERT_EQ(FSSetHasCustomIcon(&file), noErr);
-    EXPECT_TRUE(Later(ContentModDate(parent), kLongAgo));
+    EXPECT_GT(Fields(ContentModDate(parent)), Fields(kLongAgo));
     SetContentModDate(parent, kLongAgo);
     SetContentModDate(child, kLongAgo);
     ASSERT_EQ(FSClearIsStationery(&child), noErr);
-    EXPECT_TRUE(Later(ContentModDate(parent), kLongAgo));
-    EXPECT_TRUE(ContentModDate(child) == kLongAgo);
+    EXPECT_GT(Fields(ContentModDate(parent)), Fields(kLongAgo));
+    EXPECT_EQ(Fields(ContentModDate(child)), Fields(kLongAgo));
 
     EXPECT_EQ(FSChangeCreatorType(&file, 0, FourCC("TEXT")), noErr);
     EXPECT_EQ(FSChangeCreatorType(&file, FourCC("ttxt"), 0), noErr);
@@ -75,14 +69,13 @@ TEST_F(ExtFileUtilsFinder, BumpDateMovesPastAClockThatReadsTheStoredDate)
         SetContentModDate(target, test.stored);
         sClockReading = test.clock;
         EXPECT_EQ(ExtFileUtils::BumpDateWithClock(&target, FixedClock), noErr);
-        UTCDateTime now = ContentModDate(target);
-        EXPECT_TRUE(now == test.expected) << now.highSeconds << ":" << now.lowSeconds << "." << now.fraction;
+        EXPECT_EQ(Fields(ContentModDate(target)), Fields(test.expected));
     }
     // A date that cannot be written (the folder is locked) is not a failure.
     SetContentModDate(target, kLongAgo);
     SetLocked(target, true);
     EXPECT_EQ(FSBumpDate(&target), noErr);
-    EXPECT_TRUE(ContentModDate(target) == kLongAgo);
+    EXPECT_EQ(Fields(ContentModDate(target)), Fields(kLongAgo));
 }
 
 TEST_F(ExtFileUtilsFinder, CopyFileMgrAttributesKeepsOrCopiesTheLock)
@@ -96,7 +89,7 @@ TEST_F(ExtFileUtilsFinder, CopyFileMgrAttributesKeepsOrCopiesTheLock)
     SetLocked(source, true);
     ASSERT_EQ(FSCopyFileMgrAttributes(&source, &dest, false), noErr);
     EXPECT_EQ(FSCheckLock(&dest), noErr);
-    EXPECT_TRUE(ContentModDate(dest) == kLongAgo);
+    EXPECT_EQ(Fields(ContentModDate(dest)), Fields(kLongAgo));
     FinderInfo copied{};
     ExtendedFinderInfo copiedExtended{};
     Boolean isDirectory = true;

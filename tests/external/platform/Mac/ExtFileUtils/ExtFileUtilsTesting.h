@@ -7,6 +7,7 @@
 #include <ExtFileUtils/ExtFileUtils.h>
 
 #include <string>
+#include <tuple>
 
 namespace spindeck::test {
 
@@ -66,10 +67,10 @@ inline void SetContentModDate(const FSRef& inRef, const UTCDateTime& inDate)
     ASSERT_EQ(FSSetCatalogInfo(&inRef, kFSCatInfoContentMod, &info), noErr);
 }
 
-inline bool operator==(const UTCDateTime& inFirst, const UTCDateTime& inSecond)
+// A date's fields in order of weight, to compare and print.
+inline auto Fields(const UTCDateTime& inDate)
 {
-    return inFirst.highSeconds == inSecond.highSeconds && inFirst.lowSeconds == inSecond.lowSeconds &&
-           inFirst.fraction == inSecond.fraction;
+    return std::tuple(inDate.highSeconds, inDate.lowSeconds, inDate.fraction);
 }
 
 // How many items FSGetDirectoryItems finds in a folder.

@@ -8,13 +8,14 @@
 
 #include <sys/stat.h>
 
-#include <cstdio>
 #include <optional>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace {
 
+using spindeck::test::LoginWindowFile;
 using spindeck::test::Python;
 using spindeck::test::ScopedVariable;
 
@@ -44,6 +45,14 @@ struct Case {
     std::optional<std::string> expected;  // the list written; none: the file is left alone
 };
 
+// Whether a file is there, and which write of it: a file rewritten gets another inode or time.
+std::tuple<bool, ino_t, time_t, long> Stamp(const std::string& inPath)
+{
+    struct stat status {};
+    bool exists = stat(inPath.c_str(), &status) == 0;
+    return {exists, status.st_ino, status.st_mtim.tv_sec, status.st_mtim.tv_nsec};
+}
+
 // Each case has a configuration folder of its own. The domain file is written with a second
 // key, which must survive, and read back with the list's keys sorted.
 void RunCases(const std::vector<Case>& inCases)
@@ -52,35 +61,27 @@ void RunCases(const std::vector<Case>& inCases)
     for (std::size_t number = 0; number < inCases.size(); ++number) {
         const Case& test = inCases[number];
         SCOPED_TRACE(testing::Message() << "case " << number);
-        const std::string config = folder.Path(std::to_string(number));
-        const std::string file = config + "/preferences/loginwindow.plist";
+        const std::string config = folder.Path(std::to_string(number)), file = LoginWindowFile(config);
         ScopedVariable home("XDG_CONFIG_HOME", config);
-        struct stat before {
-        }, after{};
         if (test.stored) {
             std::filesystem::create_directories(config + "/preferences");
             EXPECT_EQ(Python("plistlib.dump({'Other': 'kept', 'AutoLaunchedApplicationDictionary': json.loads(items)},"
                              " open(file, 'wb'))",
                              file, *test.stored),
                       "");
-            ASSERT_EQ(stat(file.c_str(), &before), 0);
         }
+        const auto before = Stamp(file);
         EXPECT_EQ(UpdateLoginItems(spindeck::test::PathURL(kOwn, true).Get(),
                                    test.named ? CFSTR("Vemora spindeck Helper") : nullptr, test.action),
                   test.result);
-        const bool exists = stat(file.c_str(), &after) == 0;
-        if (test.expected) {
+        if (test.expected)
             EXPECT_EQ(
                 Python("d = plistlib.load(open(file, 'rb'))\n"
                        "print(d.get('Other'), json.dumps(d['AutoLaunchedApplicationDictionary'], sort_keys=True))",
                        file),
                 (test.stored ? "kept " : "None ") + *test.expected + "\n");
-        } else {
-            EXPECT_EQ(exists, test.stored.has_value());
-            EXPECT_TRUE(!exists || (after.st_ino == before.st_ino && after.st_mtim.tv_sec == before.st_mtim.tv_sec &&
-                                    after.st_mtim.tv_nsec == before.st_mtim.tv_nsec))
-                << "the file was rewritten";
-        }
+        else
+            EXPECT_EQ(Stamp(file), before) << "the file was made or rewritten";
     }
 }
 

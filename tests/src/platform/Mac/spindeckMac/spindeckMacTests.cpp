@@ -4,76 +4,59 @@
 
 #include "HelperTesting.h"
 
-#include <Groundwork/Core/ErrorHandling/GxExceptions.h>
-#include <Groundwork/SysWrappers/CoreFoundation/SysCFString.h>
+#include "PlatformTesting.h"
 
-#include <gtest/gtest.h>
+#include <Groundwork/SysWrappers/CoreFoundation/SysCFString.h>
 
 #include <sys/stat.h>
 
-#include <functional>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace {
 
 using namespace spindeck::test;
 
-std::string Text(CFStringRef inString)
-{
-    char buffer[4096] = "";
-    if (inString != nullptr)
-        CFStringGetCString(inString, buffer, sizeof buffer, kCFStringEncodingUTF8);
-    return buffer;
-}
+const std::string kNull = "(null)";
 
-std::string PathOf(CFURLRef inURL)
+// Takes the reference given and answers its text or path; kNull when nothing was handed out.
+std::string Take(CFTypeRef inOwned)
 {
-    UInt8 buffer[4096] = "";
-    if (inURL != nullptr)
-        CFURLGetFileSystemRepresentation(inURL, true, buffer, sizeof buffer);
-    return reinterpret_cast<char*>(buffer);
+    if (inOwned == nullptr)
+        return kNull;
+    char buffer[4096] = "";
+    if (CFGetTypeID(inOwned) == CFStringGetTypeID())
+        CFStringGetCString(CFStringRef(inOwned), buffer, sizeof buffer, kCFStringEncodingUTF8);
+    else
+        CFURLGetFileSystemRepresentation(CFURLRef(inOwned), true, reinterpret_cast<UInt8*>(buffer), sizeof buffer);
+    CFRelease(inOwned);
+    return buffer;
 }
 
 Gx::CFString PathString(const std::string& inPath) { return Gx::CFString(inPath, kCFStringEncodingUTF8); }
 
-// The outputs of a lookup, released with it.
-struct Lookup {
-    CFURLRef executable = nullptr;
+// What a lookup hands out: the executable, the root name and the package.
+using Found = std::tuple<std::string, std::string, std::string>;
+
+Found Find(CFURLRef (*inLookup)(CFStringRef, CFStringRef*, CFURLRef*), const std::string& inApp)
+{
     CFStringRef rootName = nullptr;
     CFURLRef package = nullptr;
-    ~Lookup()
-    {
-        for (CFTypeRef owned : {CFTypeRef(executable), CFTypeRef(rootName), CFTypeRef(package)})
-            if (owned != nullptr)
-                CFRelease(owned);
-    }
-};
-
-void ExpectNilReference(const std::function<void()>& inCall)
-{
-    try {
-        inCall();
-        ADD_FAILURE() << "nothing thrown";
-    } catch (const Gx::RuntimeError& e) {
-        EXPECT_EQ(e.What(), FourCC("cfnr"));
-    }
+    std::string executable = Take(inLookup(PathString(inApp), &rootName, &package));
+    return {executable, Take(rootName), Take(package)};
 }
 
 class Helpers : public ::testing::Test {
 protected:
-    // An application bundle with the given information entries and an executable of its own.
-    std::string MakeApp(const std::string& inName, const std::string& inEntries)
+    // An application bundle with an executable of its own and inBundleName as its
+    // "CFBundleName", or with no name at all.
+    std::string MakeApp(const std::string& inBundleName)
     {
-        std::string app = mEnvironment.Path(inName);
-        MakeBundle(app, inEntries, "App", "/bin/true");
+        std::string app = mEnvironment.Path("app-" + std::to_string(++mApps) + ".app");
+        MakeBundle(app, inBundleName.empty() ? "" : "<key>CFBundleName</key><string>" + inBundleName + "</string>",
+                   "App", "/bin/true");
         return app;
-    }
-
-    std::string MakeNamedApp(const std::string& inBundleName)
-    {
-        return MakeApp("app-" + std::to_string(++mApps) + ".app",
-                       "<key>CFBundleName</key><string>" + inBundleName + "</string>");
     }
 
     // A helper package beside the application's executable, running inProgram.
@@ -107,28 +90,22 @@ TEST_F(Helpers, TheLookupFollowsTheBundleName)
     };
     for (const Case& test : cases) {
         SCOPED_TRACE(test.bundleName);
-        std::string app = MakeNamedApp(test.bundleName);
+        std::string app = MakeApp(test.bundleName);
         for (const std::string& package : test.packages)
             AddHelper(app, package, BACKEND_PROGRAM);
-        Lookup found;
-        auto lookup = test.media ? spindeck::CopyITunesHelperURL : spindeck::CopyBackendURL;
-        found.executable = lookup(PathString(app), &found.rootName, &found.package);
         std::string expected = app + "/Contents/MacOS/" + test.packages.front();
-        EXPECT_EQ(PathOf(found.executable), expected + "/Contents/MacOS/Helper");
-        EXPECT_EQ(PathOf(found.package), expected);
-        EXPECT_EQ(Text(found.rootName), test.rootName);
+        EXPECT_EQ(Find(test.media ? spindeck::CopyITunesHelperURL : spindeck::CopyBackendURL, app),
+                  Found(expected + "/Contents/MacOS/Helper", test.rootName, expected));
     }
 }
 
 TEST_F(Helpers, WhatCannotBeFoundIsNullAndWhatIsNoBundleThrows)
 {
-    // No "CFBundleName": nothing found and nothing handed out.
-    std::string nameless = MakeApp("nameless.app", "");
-    AddHelper(nameless, "nameless Helper.app", BACKEND_PROGRAM);
-    Lookup none;
-    EXPECT_EQ(spindeck::CopyBackendURL(PathString(nameless), &none.rootName, &none.package), nullptr);
-    EXPECT_EQ(none.rootName, nullptr);
-    EXPECT_EQ(none.package, nullptr);
+    // No "CFBundleName": nothing found and nothing handed out, not even a helper named after
+    // the application's folder.
+    std::string nameless = MakeApp("");
+    AddHelper(nameless, fs::path(nameless).stem().string() + " Helper.app", BACKEND_PROGRAM);
+    EXPECT_EQ(Find(spindeck::CopyBackendURL, nameless), Found(kNull, kNull, kNull));
     bool available = true;
     EXPECT_FALSE(spindeck::IsBackendRunning(PathString(nameless), &available));
     EXPECT_FALSE(available);
@@ -138,7 +115,7 @@ TEST_F(Helpers, WhatCannotBeFoundIsNullAndWhatIsNoBundleThrows)
     // and the names searched are still handed out. The media helper answers its own codes.
     for (const char* damage : {"remove", "garble"}) {
         SCOPED_TRACE(damage);
-        std::string app = MakeNamedApp("Vemora spindeck");
+        std::string app = MakeApp("Vemora spindeck");
         std::string backend = AddHelper(app, "Vemora spindeck Helper.app", BACKEND_PROGRAM);
         std::string media = AddHelper(app, "Vemora iTunes Helper.app", MEDIA_PROGRAM);
         for (const std::string& package : {backend, media}) {
@@ -147,11 +124,7 @@ TEST_F(Helpers, WhatCannotBeFoundIsNullAndWhatIsNoBundleThrows)
             else
                 WriteFile(package + "/Contents/Info.plist", "<plist><dict><key>CFBundleExecutable</key><str");
         }
-        Lookup found;
-        found.executable = spindeck::CopyBackendURL(PathString(app), &found.rootName, &found.package);
-        EXPECT_EQ(found.executable, nullptr);
-        EXPECT_EQ(PathOf(found.package), backend);
-        EXPECT_EQ(Text(found.rootName), "Vemora spindeck Helper");
+        EXPECT_EQ(Find(spindeck::CopyBackendURL, app), Found(kNull, "Vemora spindeck Helper", backend));
         bool wasLaunched = true;
         EXPECT_FALSE(spindeck::ToggleBackendState(PathString(app), &wasLaunched, false));
         EXPECT_FALSE(wasLaunched);
@@ -166,11 +139,12 @@ TEST_F(Helpers, WhatCannotBeFoundIsNullAndWhatIsNoBundleThrows)
     // make no bundle.
     std::string file = mEnvironment.Path("plain file");
     WriteFile(file, "not an application");
-    ExpectNilReference([&] { spindeck::IsBackendRunning(PathString(file), nullptr); });
-    ExpectNilReference([&] { spindeck::IsBackendRunning(PathString(mEnvironment.Path("missing.app")), nullptr); });
-    std::string empty = MakeNamedApp("Vemora spindeck");
-    ExpectNilReference([&] { spindeck::ToggleBackendState(PathString(empty), nullptr, false); });
-    ExpectNilReference([&] { spindeck::QuitITunesHelper(PathString(empty)); });
+    EXPECT_THAT([&] { spindeck::IsBackendRunning(PathString(file), nullptr); }, kThrowsNilReference);
+    std::string missing = mEnvironment.Path("missing.app");
+    EXPECT_THAT([&] { spindeck::IsBackendRunning(PathString(missing), nullptr); }, kThrowsNilReference);
+    std::string empty = MakeApp("Vemora spindeck");
+    EXPECT_THAT([&] { spindeck::ToggleBackendState(PathString(empty), nullptr, false); }, kThrowsNilReference);
+    EXPECT_THAT([&] { spindeck::QuitITunesHelper(PathString(empty)); }, kThrowsNilReference);
 }
 
 // The whole cycle on the demo product, copied to a path with spaces and non-ASCII letters,
@@ -191,9 +165,7 @@ TEST_F(Helpers, ToggleStartsAndStopsTheBackendAndKeepsTheLoginItemsInStep)
     EXPECT_TRUE(spindeck::ToggleBackendState(PathString(app), &launched, true));
     EXPECT_FALSE(launched);
     EXPECT_EQ(RunningPID(executable), 0);
-    EXPECT_EQ(StoredItems(mEnvironment.Config()),
-              R"(["not a dictionary", {"Name": "no path"}, {"Hide": true, "Path": "/opt/Other.app"}])"
-              "\n");
+    EXPECT_EQ(StoredItems(mEnvironment.Config()), foreign + "\n");
 
     // Toggle on a stopped backend: listed (exactly "Path" and "Hide"), then launched.
     EXPECT_TRUE(spindeck::ToggleBackendState(PathString(app), &launched, false));
@@ -213,9 +185,7 @@ TEST_F(Helpers, ToggleStartsAndStopsTheBackendAndKeepsTheLoginItemsInStep)
     // Toggle on a running backend: asked to quit, taken off the list, gone soon after.
     EXPECT_TRUE(spindeck::ToggleBackendState(PathString(app), &launched, false));
     EXPECT_FALSE(launched);
-    EXPECT_EQ(StoredItems(mEnvironment.Config()),
-              R"(["not a dictionary", {"Name": "no path"}, {"Hide": true, "Path": "/opt/Other.app"}])"
-              "\n");
+    EXPECT_EQ(StoredItems(mEnvironment.Config()), foreign + "\n");
     EXPECT_TRUE(AwaitGone(pid)) << "the helper did not quit";
     EXPECT_FALSE(spindeck::IsBackendRunning(PathString(app), nullptr));
 

@@ -48,12 +48,16 @@ protected:
     std::vector<pid_t> mLaunched;
 };
 
-TEST_F(ApplicationProcesses, AProgramIsFoundByItsFileAndACopyElsewhereIsAnother)
+// The product looks its helpers up by the executable inside their bundles, so a bundled
+// program must be found by that file, not by the bundle folder around it.
+TEST_F(ApplicationProcesses, AProgramIsFoundByItsOwnFileAndABundledOneByItsExecutable)
 {
     std::string original = Install("target");
     std::string copy = Install("elsewhere/target");
+    std::string bundle = mFolder.Path("Spinner.app");
+    MakeBundle(bundle, "<key>CFBundlePackageType</key><string>APPL</string>", "Spinner", LAUNCH_TARGET_PATH);
     auto originalURL = PathURL(original);
-    auto copyURL = PathURL(copy);
+    auto executableURL = PathURL(bundle + "/Contents/MacOS/Spinner");
 
     // Only failures are reported on standard error.
     ::testing::internal::CaptureStderr();
@@ -65,35 +69,19 @@ TEST_F(ApplicationProcesses, AProgramIsFoundByItsFileAndACopyElsewhereIsAnother)
     EXPECT_TRUE(kvx::IsRunning(originalURL.Get(), &psn));
     EXPECT_EQ(Fields(psn), Fields(originalPSN));
     EXPECT_TRUE(kvx::IsRunning(originalURL.Get(), nullptr));
-    EXPECT_FALSE(kvx::IsRunning(copyURL.Get(), &psn)) << "same name and contents, another file";
+    EXPECT_FALSE(kvx::IsRunning(PathURL(copy).Get(), &psn)) << "same name and contents, another file";
     EXPECT_EQ(Fields(psn), Fields(originalPSN)) << "not found leaves the serial number alone";
     EXPECT_FALSE(kvx::IsRunning(PathURL(mFolder.Path("never made")).Get(), &psn));
     EXPECT_FALSE(kvx::IsRunning(nullptr, &psn));
     EXPECT_EQ(Fields(psn), Fields(originalPSN));
 
-    ProcessSerialNumber copyPSN = Launch(copy);
-    EXPECT_TRUE(kvx::IsRunning(copyURL.Get(), &psn));
-    EXPECT_EQ(Fields(psn), Fields(copyPSN));
+    ProcessSerialNumber bundledPSN = Launch(bundle);
+    EXPECT_TRUE(kvx::IsRunning(executableURL.Get(), &psn));
+    EXPECT_EQ(Fields(psn), Fields(bundledPSN));
+    EXPECT_FALSE(kvx::IsRunning(PathURL(bundle, true).Get(), nullptr));
     ::kill(mLaunched.back(), SIGKILL);
     ASSERT_TRUE(AwaitGone(mLaunched.back()));
-    EXPECT_FALSE(kvx::IsRunning(copyURL.Get(), nullptr)) << "an ended process no longer runs";
-}
-
-// The product looks its helpers up by the executable inside their bundles, so a bundled
-// program must be found by that file, not by the bundle folder around it.
-TEST_F(ApplicationProcesses, ABundledProgramIsFoundByItsExecutable)
-{
-    std::string bundle = mFolder.Path("Spinner.app");
-    MakeBundle(bundle, "<key>CFBundlePackageType</key><string>APPL</string>", "Spinner", LAUNCH_TARGET_PATH);
-    std::string copy = mFolder.Path("Spinner copy.app");
-    fs::copy(bundle, copy, fs::copy_options::recursive);
-
-    ProcessSerialNumber launched = Launch(bundle);
-    ProcessSerialNumber psn{};
-    EXPECT_TRUE(kvx::IsRunning(PathURL(bundle + "/Contents/MacOS/Spinner").Get(), &psn));
-    EXPECT_EQ(Fields(psn), Fields(launched));
-    EXPECT_FALSE(kvx::IsRunning(PathURL(bundle, true).Get(), nullptr));
-    EXPECT_FALSE(kvx::IsRunning(PathURL(copy + "/Contents/MacOS/Spinner").Get(), nullptr));
+    EXPECT_FALSE(kvx::IsRunning(executableURL.Get(), nullptr)) << "an ended process no longer runs";
 }
 
 }  // namespace

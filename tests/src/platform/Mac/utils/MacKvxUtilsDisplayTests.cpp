@@ -12,10 +12,7 @@ namespace {
 
 using namespace spindeck::test;
 
-struct WindowDisposer {
-    void operator()(OpaqueWindowPtr* inWindow) const { DisposeWindow(inWindow); }
-};
-using OwnedWindow = std::unique_ptr<OpaqueWindowPtr, WindowDisposer>;
+using OwnedWindow = std::unique_ptr<OpaqueWindowPtr, decltype(&DisposeWindow)>;
 
 constexpr Rect kBounds{100, 50, 160, 250};  // top, left, bottom, right
 
@@ -25,7 +22,8 @@ TEST(SystemItems, OnADisplayTheOverlayIsAnOverrideRedirectWindowAtItsBounds)
     if (std::string why = server.Unavailable(); !why.empty())
         GTEST_SKIP() << why;
     DisplayVariable display(server.Name());
-    OwnedWindow window(kvx::CreateOverlayWindow(kWindowNoShadowAttribute, &kBounds, kOverlayWindowClass));
+    OwnedWindow window(kvx::CreateOverlayWindow(kWindowNoShadowAttribute, &kBounds, kOverlayWindowClass),
+                       DisposeWindow);
     std::vector<xcb_window_t> windows = server.TopLevelWindows();
     ASSERT_EQ(windows.size(), 1u);
 

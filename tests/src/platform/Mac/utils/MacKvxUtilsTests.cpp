@@ -10,10 +10,7 @@ namespace {
 
 using namespace spindeck::test;
 
-struct WindowDisposer {
-    void operator()(OpaqueWindowPtr* inWindow) const { DisposeWindow(inWindow); }
-};
-using OwnedWindow = std::unique_ptr<OpaqueWindowPtr, WindowDisposer>;
+using OwnedWindow = std::unique_ptr<OpaqueWindowPtr, decltype(&DisposeWindow)>;
 
 constexpr Rect kBounds{100, 50, 160, 250};  // top, left, bottom, right
 
@@ -35,7 +32,8 @@ TEST(SystemItems, TheUniversalAccessPaneIsNamedInTheSystemPreferencePanesFolder)
 TEST(SystemItems, WithoutADisplayAnOverlayWindowIsARecordOfItsClass)
 {
     DisplayVariable noDisplay("");
-    OwnedWindow window(kvx::CreateOverlayWindow(kWindowIgnoreClicksAttribute, &kBounds, kOverlayWindowClass));
+    OwnedWindow window(kvx::CreateOverlayWindow(kWindowIgnoreClicksAttribute, &kBounds, kOverlayWindowClass),
+                       DisposeWindow);
     WindowClass windowClass = 0;
     EXPECT_EQ(GetWindowClass(window.get(), &windowClass), noErr);
     EXPECT_EQ(windowClass, kOverlayWindowClass);
