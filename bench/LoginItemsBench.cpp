@@ -11,7 +11,9 @@
 //   "first call": the call a settings pane makes, once, in a process of its own. Each
 //     iteration runs this program again to make one call; the fresh memory that call touches
 //     is part of its cost.
-//   "warm": calls in one process after an untimed first one, so the heap is already grown.
+//   "warm": calls in one process after two untimed ones, so the heap is already grown. (The
+//     second call still grows it: the list the first call read stays cached until the second
+//     has read the restored file.)
 #include <platform/Mac/spindeckMac/LoginItems.h>
 
 #include <benchmark/benchmark.h>
@@ -177,7 +179,8 @@ void BM_WarmCall(benchmark::State& ioState)
     const long size = ioState.range(0);
     setenv("XDG_CONFIG_HOME", (sFolder / std::to_string(size)).c_str(), 1);
     CFURLRef helper = CopyHelperURL();
-    TimedCall(size, helper);
+    for (int warmUp = 0; warmUp < 2; ++warmUp)
+        TimedCall(size, helper);
     double total = 0;
     for (auto _ : ioState) {
         double seconds = TimedCall(size, helper);
