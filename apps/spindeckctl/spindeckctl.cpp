@@ -170,14 +170,16 @@ int Media(const std::string& inCommand, const Gx::CFString& inApp, Report& ioRep
 }
 
 // The application installed with this program: found the way the pane's own installation is,
-// so that a moved installation still finds its own.
-std::string InstalledApp()
+// so that a moved installation still finds its own. Nothing for a program that is not
+// installed (run from its build folder), which must not fall back on whatever application
+// the current folder happens to hold.
+std::optional<std::string> InstalledApp()
 {
     FSRef folder;
     char path[4096];
     if (FSFindFolder(kSystemDomain, kApplicationsFolderType, kDontCreateFolder, &folder) != noErr ||
         FSRefMakePath(&folder, reinterpret_cast<UInt8*>(path), sizeof path) != noErr)
-        return "Vemora spindeck.app";  // not installed: reported as a helper not found
+        return std::nullopt;
     return std::string(path) + "/Vemora spindeck.app";
 }
 
@@ -211,9 +213,17 @@ int main(int argc, char** argv)
         std::fputs("spindeckctl: unknown command or option; see spindeckctl --help\n", stderr);
         return kBadUsage;
     }
-    if (options->app.empty())
-        options->app = InstalledApp();
     Report report{media ? "media" : "backend", false, false, {}, {}};
+    if (options->app.empty()) {
+        std::optional<std::string> installed = InstalledApp();
+        if (!installed) {
+            report.message = "This spindeckctl is not installed with a Vemora spindeck application; name one with "
+                             "--app PATH.";
+            Print(*options, report);
+            return kNotFound;
+        }
+        options->app = *installed;
+    }
     try {
         Gx::CFString app(options->app, kCFStringEncodingUTF8);
         int status = media ? Media(options->command[1], app, report) : Backend(options->command[0], app, report);

@@ -111,6 +111,13 @@ TEST_F(Programs, SpindeckctlAnswersMissingHelpersAndBadUsage)
     result = Ctl("--json status");
     EXPECT_EQ(result.status, 1);
     EXPECT_NE(result.out.find("\"found\":false"), std::string::npos) << result.out;
+    // Run from the build folder without --app, it has no installed application, and does not
+    // take the one in the folder it is run from.
+    ScopedVariable folder("FOLDER", fs::path(mApp).parent_path().string());
+    result = RunShell("cd \"$FOLDER\" && \"$SPINDECKCTL\" status", mEnvironment.Path("output"));
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.out,
+              "This spindeckctl is not installed with a Vemora spindeck application; name one with --app PATH.\n");
     for (const char* bad : {"", "launch", "media", "media pause", "status extra", "--verbose status"}) {
         result = Ctl(bad);
         EXPECT_EQ(result.status, 2) << bad;
