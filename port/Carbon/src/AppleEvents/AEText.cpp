@@ -5,6 +5,7 @@
 #include <Carbon/AEDataModel.h>
 #include <CoreFoundation/CFString.h>
 #include <PortSupport/Owned.h>
+#include <PortSupport/UnicodeUnits.h>
 
 #include <unicode/utf16.h>
 
@@ -18,61 +19,19 @@ namespace {
 constexpr char16_t kByteOrderMark = 0xFEFF;
 constexpr char16_t kSwappedByteOrderMark = 0xFFFE;
 
-// One code point from UTF-8, refusing overlong forms, surrogates and values past U+10FFFF.
-std::optional<UInt32> NextCodePoint(std::span<const UInt8>& ioBytes)
-{
-    static constexpr UInt32 kSmallest[] = {0, 0, 0x80, 0x800, 0x10000};
-    UInt8 lead = ioBytes[0];
-    std::size_t length = lead < 0x80           ? 1
-                         : (lead >> 5) == 0x6  ? 2
-                         : (lead >> 4) == 0xE  ? 3
-                         : (lead >> 3) == 0x1E ? 4
-                                               : 0;
-    if (length == 0 || length > ioBytes.size())
-        return std::nullopt;
-    UInt32 point = length == 1 ? lead : lead & (0xFF >> (length + 1));
-    for (std::size_t i = 1; i < length; ++i) {
-        if ((ioBytes[i] & 0xC0) != 0x80)
-            return std::nullopt;
-        point = point << 6 | (ioBytes[i] & 0x3F);
-    }
-    ioBytes = ioBytes.subspan(length);
-    if (point < kSmallest[length] || point > 0x10FFFF || U_IS_SURROGATE(point))
-        return std::nullopt;
-    return point;
-}
-
 std::optional<std::u16string> DecodeUTF8(std::span<const UInt8> inBytes)
 {
     std::u16string text;
     text.reserve(inBytes.size());
-    while (!inBytes.empty()) {
-        std::optional<UInt32> point = NextCodePoint(inBytes);
-        if (!point)
+    std::string_view bytes(reinterpret_cast<const char*>(inBytes.data()), inBytes.size());
+    while (!bytes.empty()) {
+        port::UTF8Step step = port::NextUTF8(bytes);
+        if (step.length == 0)
             return std::nullopt;
-        if (U_IS_BMP(*point)) {
-            text.push_back(char16_t(*point));
-        } else {
-            text.push_back(U16_LEAD(*point));
-            text.push_back(U16_TRAIL(*point));
-        }
+        port::AppendUTF16(text, step.scalar);
+        bytes.remove_prefix(step.length);
     }
     return text;
-}
-
-void AppendUTF8(UInt32 inPoint, std::vector<UInt8>& ioBytes)
-{
-    if (inPoint < 0x80) {
-        ioBytes.push_back(UInt8(inPoint));
-    } else if (inPoint < 0x800) {
-        ioBytes.insert(ioBytes.end(), {UInt8(0xC0 | inPoint >> 6), UInt8(0x80 | (inPoint & 0x3F))});
-    } else if (inPoint < 0x10000) {
-        ioBytes.insert(ioBytes.end(), {UInt8(0xE0 | inPoint >> 12), UInt8(0x80 | (inPoint >> 6 & 0x3F)),
-                                       UInt8(0x80 | (inPoint & 0x3F))});
-    } else {
-        ioBytes.insert(ioBytes.end(), {UInt8(0xF0 | inPoint >> 18), UInt8(0x80 | (inPoint >> 12 & 0x3F)),
-                                       UInt8(0x80 | (inPoint >> 6 & 0x3F)), UInt8(0x80 | (inPoint & 0x3F))});
-    }
 }
 
 // A lone surrogate has no UTF-8 form.
@@ -88,7 +47,7 @@ std::optional<std::vector<UInt8>> EncodeUTF8(const std::u16string& inText)
         } else if (U16_IS_SURROGATE(unit)) {
             return std::nullopt;
         }
-        AppendUTF8(unit, bytes);
+        port::AppendUTF8(bytes, unit);
     }
     return bytes;
 }

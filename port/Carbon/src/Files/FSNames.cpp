@@ -5,9 +5,9 @@
 
 #include <Carbon/MacErrors.h>
 #include <CoreFoundation/CFString.h>
+#include <PortSupport/UnicodeUnits.h>
 
 #include <unicode/utf16.h>
-#include <unicode/utf8.h>
 
 #include <limits.h>
 
@@ -19,35 +19,6 @@ constexpr char16_t kEscapeBase = 0xDC00;  // + the byte, for 0x80-0xFF
 constexpr std::size_t kLongestName = 255;
 
 bool IsEscape(char16_t inUnit) { return inUnit >= kEscapeBase + 0x80 && inUnit <= kEscapeBase + 0xFF; }
-
-void AppendUTF8(char32_t inCode, std::string& ioBytes)
-{
-    char bytes[U8_MAX_LENGTH];
-    int32_t length = 0;
-    U8_APPEND_UNSAFE(bytes, length, inCode);
-    ioBytes.append(bytes, std::size_t(length));
-}
-
-// The code point of a well-formed UTF-8 sequence at the start of inBytes and its length, or
-// length 0 when the sequence is malformed, overlong, a surrogate or out of range.
-std::pair<char32_t, std::size_t> DecodeOne(std::string_view inBytes)
-{
-    auto byte = [&](std::size_t inAt) { return inAt < inBytes.size() ? UInt8(inBytes[inAt]) : 0; };
-    UInt8 lead = byte(0);
-    std::size_t length = lead < 0x80 ? 1 : lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : lead >= 0xC0 ? 2 : 0;
-    if (length == 0 || length > inBytes.size() || lead > 0xF4)
-        return {0, 0};
-    char32_t code = length == 1 ? lead : lead & (0x7F >> length);
-    for (std::size_t at = 1; at < length; ++at) {
-        if ((byte(at) & 0xC0) != 0x80)
-            return {0, 0};
-        code = (code << 6) | (byte(at) & 0x3F);
-    }
-    static constexpr char32_t kSmallest[] = {0, 0, 0x80, 0x800, 0x10000};
-    if (code < kSmallest[length] || code > 0x10FFFF || U_IS_SURROGATE(code))
-        return {0, 0};
-    return {code, length};
-}
 
 OSErr CheckedDiskName(std::span<const UniChar> inName, std::string& outDiskName)
 {
@@ -76,14 +47,14 @@ bool EncodeUTF8(std::u16string_view inText, std::string& outBytes)
     for (std::size_t at = 0; at < inText.size(); ++at) {
         char16_t unit = inText[at];
         if (U16_IS_LEAD(unit) && at + 1 < inText.size() && U16_IS_TRAIL(inText[at + 1])) {
-            AppendUTF8(char32_t(U16_GET_SUPPLEMENTARY(unit, inText[at + 1])), outBytes);
+            port::AppendUTF8(outBytes, char32_t(U16_GET_SUPPLEMENTARY(unit, inText[at + 1])));
             ++at;
         } else if (IsEscape(unit)) {
             outBytes += char(unit - kEscapeBase);
         } else if (U16_IS_SURROGATE(unit)) {
             return false;
         } else {
-            AppendUTF8(unit, outBytes);
+            port::AppendUTF8(outBytes, unit);
         }
     }
     return true;
@@ -107,15 +78,12 @@ std::u16string UnicodeName(std::string_view inDiskName)
 {
     std::u16string name;
     while (!inDiskName.empty()) {
-        auto [code, length] = DecodeOne(inDiskName);
+        auto [scalar, length] = port::NextUTF8(inDiskName);
         if (length == 0) {
             name += char16_t(kEscapeBase + UInt8(inDiskName[0]));
             length = 1;
-        } else if (code >= 0x10000) {
-            name += char16_t(0xD800 + ((code - 0x10000) >> 10));
-            name += char16_t(0xDC00 + ((code - 0x10000) & 0x3FF));
         } else {
-            name += char16_t(code);
+            port::AppendUTF16(name, scalar);
         }
         inDiskName.remove_prefix(length);
     }

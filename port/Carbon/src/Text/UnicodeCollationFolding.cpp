@@ -2,6 +2,8 @@
 // leaves the text as it was, so the comparison is merely stricter than asked.
 #include "UnicodeCollationFolding.h"
 
+#include <PortSupport/UnicodeUnits.h>
+
 #include <unicode/uchar.h>
 #include <unicode/unorm2.h>
 #include <unicode/ustring.h>
@@ -23,16 +25,6 @@ std::u16string Filled(std::u16string_view inText, Fill inFill)
     error = U_ZERO_ERROR;
     inFill(folded.data(), length, &error);
     return U_SUCCESS(error) ? folded : std::u16string(inText);
-}
-
-void Append(std::u16string& ioText, UChar32 inCodePoint)
-{
-    if (U_IS_BMP(inCodePoint)) {
-        ioText.push_back(char16_t(inCodePoint));
-    } else {
-        ioText.push_back(U16_LEAD(inCodePoint));
-        ioText.push_back(U16_TRAIL(inCodePoint));
-    }
 }
 
 // Calls inVisit with each code point; unpaired surrogates come as themselves.
@@ -74,7 +66,7 @@ std::u16string FoldWidth(std::u16string_view inText)
         if (length > 0)
             folded.append(mapped, std::size_t(length));
         else
-            Append(folded, inCodePoint);
+            port::AppendUTF16(folded, char32_t(inCodePoint));
     });
     return folded;
 }
@@ -102,7 +94,7 @@ std::u16string StripDiacritics(std::u16string_view inText)
     std::u16string stripped;
     ForEachCodePoint(Decompose(inText), [&](UChar32 inCodePoint) {
         if (u_charType(inCodePoint) != U_NON_SPACING_MARK || !u_hasBinaryProperty(inCodePoint, UCHAR_DIACRITIC))
-            Append(stripped, inCodePoint);
+            port::AppendUTF16(stripped, char32_t(inCodePoint));
     });
     return stripped;
 }

@@ -7,8 +7,7 @@
 #include <CoreFoundation/CFData.h>
 #include <CoreFoundation/CFDate.h>
 #include <CoreFoundation/CFNumber.h>
-
-#include <unicode/utf8.h>
+#include <PortSupport/UnicodeUnits.h>
 
 #include <charconv>
 #include <cstdint>
@@ -29,14 +28,6 @@ bool IsSpace(char inCharacter)
     return inCharacter == ' ' || inCharacter == '\t' || inCharacter == '\n' || inCharacter == '\r';
 }
 
-void AppendUTF8(char32_t inCode, std::string& ioBytes)
-{
-    char bytes[U8_MAX_LENGTH];
-    int32_t length = 0;
-    U8_APPEND_UNSAFE(bytes, length, inCode);
-    ioBytes.append(bytes, std::size_t(length));
-}
-
 // A character reference's code, or 0 when it is none this reader takes.
 char32_t CharacterReference(std::string_view inBody)
 {
@@ -48,7 +39,7 @@ char32_t CharacterReference(std::string_view inBody)
     uint32_t code = 0;
     auto [end, error] = std::from_chars(inBody.data(), inBody.data() + inBody.size(), code, base);
     bool whole = error == std::errc() && end == inBody.data() + inBody.size() && !inBody.empty();
-    bool scalar = code < 0x110000 && (code < 0xD800 || code > 0xDFFF);
+    bool scalar = code <= 0x10FFFF && !U_IS_SURROGATE(code);
     return whole && scalar ? char32_t(code) : 0;
 }
 
@@ -263,7 +254,7 @@ private:
         char32_t code = CharacterReference(inName.substr(1));
         if (code == 0)
             return false;
-        AppendUTF8(code, mBytes);
+        port::AppendUTF8(mBytes, code);
         return true;
     }
 

@@ -10,6 +10,9 @@
 #include <CoreFoundation/CFNumber.h>
 #include <CoreFoundation/CFString.h>
 
+#include <unicode/utf16.h>
+#include <unicode/utf8.h>
+
 #include <charconv>
 #include <cmath>
 #include <cstdint>
@@ -33,9 +36,6 @@ constexpr const char* kTooDeep = "the property list is nested too deeply (or con
 constexpr const char* kNotAValue = "the tree holds an object that is not a property-list value";
 constexpr const char* kKeyNotAString = "a dictionary has a key that is not a string";
 
-bool IsLead(char32_t inUnit) { return inUnit >= 0xD800 && inUnit <= 0xDBFF; }
-bool IsTrail(char32_t inUnit) { return inUnit >= 0xDC00 && inUnit <= 0xDFFF; }
-
 // Characters written as they are, one byte each: the common case, taken in bulk.
 bool IsPlain(char16_t inUnit)
 {
@@ -50,9 +50,9 @@ const char* StringProblem(CFStringRef inString)
     for (std::size_t i = 0; i < count; ++i) {
         if (units[i] == 0)
             return kZeroCharacter;
-        if (IsLead(units[i]) && i + 1 < count && IsTrail(units[i + 1]))
+        if (U16_IS_LEAD(units[i]) && i + 1 < count && U16_IS_TRAIL(units[i + 1]))
             ++i;
-        else if (IsLead(units[i]) || IsTrail(units[i]))
+        else if (U16_IS_SURROGATE(units[i]))
             return kLoneSurrogate;
     }
     return nullptr;
@@ -203,23 +203,9 @@ private:
         // refuse them raw, and a carriage return would become a line feed.
         if (inCode < 0x20 && inCode != '\t' && inCode != '\n')
             return std::size_t(std::snprintf(outBytes, kLongestEncoding + 1, "&#%u;", unsigned(inCode)));
-        std::size_t length = 0;
-        if (inCode < 0x80) {
-            outBytes[length++] = char(inCode);
-        } else if (inCode < 0x800) {
-            outBytes[length++] = char(0xC0 | (inCode >> 6));
-            outBytes[length++] = char(0x80 | (inCode & 0x3F));
-        } else if (inCode < 0x10000) {
-            outBytes[length++] = char(0xE0 | (inCode >> 12));
-            outBytes[length++] = char(0x80 | ((inCode >> 6) & 0x3F));
-            outBytes[length++] = char(0x80 | (inCode & 0x3F));
-        } else {
-            outBytes[length++] = char(0xF0 | (inCode >> 18));
-            outBytes[length++] = char(0x80 | ((inCode >> 12) & 0x3F));
-            outBytes[length++] = char(0x80 | ((inCode >> 6) & 0x3F));
-            outBytes[length++] = char(0x80 | (inCode & 0x3F));
-        }
-        return length;
+        int32_t length = 0;
+        U8_APPEND_UNSAFE(outBytes, length, inCode);
+        return std::size_t(length);
     }
 
     static std::size_t Copy(std::string_view inText, char* outBytes)
@@ -246,9 +232,9 @@ private:
                 continue;
             }
             char32_t code = units[i];
-            if (IsLead(code) && i + 1 < count && IsTrail(units[i + 1]))
-                code = 0x10000 + ((code - 0xD800) << 10) + (units[++i] - 0xDC00);
-            else if (IsLead(code) || IsTrail(code))
+            if (U16_IS_LEAD(code) && i + 1 < count && U16_IS_TRAIL(units[i + 1]))
+                code = U16_GET_SUPPLEMENTARY(code, units[++i]);
+            else if (U16_IS_SURROGATE(code))
                 return Fail(kLoneSurrogate);
             if (code == 0)
                 return Fail(kZeroCharacter);

@@ -5,10 +5,11 @@
 #include "CFStringFolding.h"
 #include "CFStringLocale.h"
 
+#include <PortSupport/UnicodeUnits.h>
+
 #include <unicode/uchar.h>
 #include <unicode/ucol.h>
 #include <unicode/ustring.h>
-#include <unicode/utf16.h>
 
 #include <memory>
 #include <vector>
@@ -165,15 +166,8 @@ private:
 // UTF-16 of folded text, for handing width-folded text to the collator.
 void AppendUTF16(const cf::FoldedText& inFolded, cf::SmallVector<UChar, cf::FoldedText::kInline>& ioUnits)
 {
-    for (std::size_t i = 0; i < inFolded.chars.size(); ++i) {
-        UChar32 c = inFolded.chars[i];
-        if (c <= 0xFFFF) {
-            ioUnits.push_back(UChar(c));
-        } else {
-            ioUnits.push_back(U16_LEAD(c));
-            ioUnits.push_back(U16_TRAIL(c));
-        }
-    }
+    for (std::size_t i = 0; i < inFolded.chars.size(); ++i)
+        port::AppendUTF16(ioUnits, char32_t(inFolded.chars[i]));
 }
 
 int Collated(std::u16string_view inFirst, std::u16string_view inSecond, CFStringCompareFlags inFlags,

@@ -9,6 +9,7 @@
 #include "StringEncoding.h"
 
 #include <CoreFoundation/CFNumber.h>
+#include <PortSupport/UnicodeUnits.h>
 
 #include <algorithm>
 #include <charconv>
@@ -348,31 +349,22 @@ void AppendCodePoint(std::u16string& ioText, char32_t inCodePoint)
     if (inCodePoint > 0x10FFFF || U_IS_SURROGATE(inCodePoint))
         ioText += u'\uFFFD';
     else
-        cf::AppendScalar(ioText, UChar32(inCodePoint));
+        port::AppendUTF16(ioText, inCodePoint);
 }
 
 // UTF-8 to UTF-16; each byte that does not start a valid sequence becomes U+FFFD, so that a
 // C string from anywhere still prints as much as can be read.
 void AppendUTF8(std::u16string& ioText, std::string_view inBytes)
 {
-    for (size_t at = 0; at < inBytes.size();) {
-        UInt8 lead = UInt8(inBytes[at]);
-        size_t extra = lead >= 0xF0 ? 3 : lead >= 0xE0 ? 2 : lead >= 0xC0 ? 1 : 0;
-        char32_t codePoint = extra ? lead & (0x3F >> extra) : lead;
-        bool valid = lead < 0x80 || (extra && lead < 0xF8 && at + extra < inBytes.size());
-        for (size_t i = 1; valid && i <= extra; ++i) {
-            UInt8 next = UInt8(inBytes[at + i]);
-            valid = (next & 0xC0) == 0x80;
-            codePoint = (codePoint << 6) | (next & 0x3F);
-        }
-        constexpr char32_t kSmallest[] = {0, 0x80, 0x800, 0x10000};
-        if (valid && codePoint >= kSmallest[extra] && codePoint <= 0x10FFFF && !U_IS_SURROGATE(codePoint)) {
-            AppendCodePoint(ioText, codePoint);
-            at += extra + 1;
-        } else {
+    while (!inBytes.empty()) {
+        port::UTF8Step step = port::NextUTF8(inBytes);
+        if (step.length == 0) {
             ioText += u'\uFFFD';
-            ++at;
+            step.length = 1;
+        } else {
+            port::AppendUTF16(ioText, step.scalar);
         }
+        inBytes.remove_prefix(step.length);
     }
 }
 

@@ -277,9 +277,7 @@ std::string EncodedPrefix(std::u16string_view inText, CFStringEncoding inEncodin
     std::string prefix;
     std::string character;
     for (std::size_t at = 0; at < inText.size();) {
-        bool pair = inText[at] >= 0xD800 && inText[at] < 0xDC00 && at + 1 < inText.size() && inText[at + 1] >= 0xDC00 &&
-                    inText[at + 1] < 0xE000;
-        std::size_t length = pair ? 2 : 1;
+        std::size_t length = cf::CharacterLength(inText, at);
         if (!cf::Encode(inText.substr(at, length), inEncoding, 0, false, character) ||
             prefix.size() + character.size() > inRoom)
             break;

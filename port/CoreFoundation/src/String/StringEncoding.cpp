@@ -1,5 +1,7 @@
 #include "StringEncoding.h"
 
+#include <PortSupport/UnicodeUnits.h>
+
 #include <unicode/ucnv.h>
 #include <unicode/ustring.h>
 
@@ -165,7 +167,7 @@ bool DecodeWide(std::span<const UInt8> inBytes, CFStringEncoding inEncoding, boo
         }
         if (value > 0x10FFFF || U_IS_SURROGATE(value))
             return false;
-        AppendScalar(outText, UChar32(value));
+        port::AppendUTF16(outText, value);
     }
     return true;
 }

@@ -35,15 +35,4 @@ inline std::size_t CharacterLength(std::u16string_view inText, std::size_t inAt)
     return U16_IS_LEAD(inText[inAt]) && inAt + 1 < inText.size() && U16_IS_TRAIL(inText[inAt + 1]) ? 2 : 1;
 }
 
-// Appends a Unicode scalar value (not a surrogate, at most U+10FFFF) as one or two units.
-inline void AppendScalar(std::u16string& ioText, UChar32 inScalar)
-{
-    if (U_IS_BMP(inScalar)) {
-        ioText.push_back(char16_t(inScalar));
-    } else {
-        ioText.push_back(U16_LEAD(inScalar));
-        ioText.push_back(U16_TRAIL(inScalar));
-    }
-}
-
 }  // namespace cf
