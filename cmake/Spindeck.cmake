@@ -17,10 +17,11 @@ function(spindeck_benchmark name)
   target_link_libraries(${name} PRIVATE benchmark::benchmark ${ARG_LIBRARIES})
 endfunction()
 
-# spindeck_publish_headers(<target> <include path> <folder>)
+# spindeck_publish_headers(<target> <include path> <folder or header>)
 # Makes <folder> (and nothing beside it) visible to the target's users as <include path>, so
 # that a library publishes only its own headers although its folder sits among others: the
-# build tree gets a folder per library that holds one link to the library's own.
+# build tree gets a folder per library that holds links to the library's own. A library whose
+# folder holds other libraries' folders names its headers one by one.
 function(spindeck_publish_headers target path folder)
   set(root "${CMAKE_BINARY_DIR}/published/${target}")
   get_filename_component(parent "${root}/${path}" DIRECTORY)

@@ -1,5 +1,5 @@
 // Finder information, flag changes and the parent folder's date.
-#include "ExtFileUtilsFinder.h"
+#include <ExtFileUtils/ExtFileUtilsFinder.h>
 #include "ExtFileUtilsTesting.h"
 
 #include <cstring>

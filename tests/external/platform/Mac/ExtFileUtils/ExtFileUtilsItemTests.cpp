@@ -1,6 +1,6 @@
 // Queries about one item: parent, lock, forks, IDs, names and paths; the default folder;
 // temporary buffers.
-#include "ExtFileUtilsMemory.h"
+#include <ExtFileUtils/ExtFileUtilsMemory.h>
 #include "ExtFileUtilsTesting.h"
 
 #include "ReadOnlyVolumes.h"

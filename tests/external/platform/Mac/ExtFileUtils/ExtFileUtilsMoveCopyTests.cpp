@@ -1,5 +1,5 @@
 // Moving with renaming, unique names, exchanging and copying files.
-#include "ExtFileUtilsMove.h"
+#include <ExtFileUtils/ExtFileUtilsMove.h>
 #include "ExtFileUtilsTesting.h"
 
 #include <tuple>
