@@ -8,8 +8,10 @@
 
 #include "AEHandlers.h"
 #include "AEWire.h"
-#include <PortSupport/UniqueDescriptor.h>
+#include "Events/WatchedDescriptor.h"
 #include "Processes/ProcessStat.h"
+
+#include <PortSupport/UniqueDescriptor.h>
 
 #include <CoreFoundation/CFFileDescriptor.h>
 #include <CoreFoundation/CFRunLoop.h>
@@ -28,44 +30,6 @@
 namespace carbon::ae {
 
 namespace {
-
-// A descriptor watched by the main run loop for reading, closed when this ends.
-class WatchedDescriptor {
-public:
-    WatchedDescriptor(int inFd, CFFileDescriptorCallBack inCallout, void* inInfo)
-    {
-        CFFileDescriptorContext context{0, inInfo, nullptr, nullptr, nullptr};
-        mDescriptor = CFFileDescriptorCreate(nullptr, inFd, true, inCallout, &context);
-        if (mDescriptor == nullptr) {
-            ::close(inFd);
-            return;
-        }
-        mSource = CFFileDescriptorCreateRunLoopSource(nullptr, mDescriptor, 0);
-        if (mSource)
-            CFRunLoopAddSource(CFRunLoopGetMain(), mSource, kCFRunLoopCommonModes);
-        Watch();
-    }
-    WatchedDescriptor(const WatchedDescriptor&) = delete;
-    WatchedDescriptor& operator=(const WatchedDescriptor&) = delete;
-    ~WatchedDescriptor()
-    {
-        if (mDescriptor) {
-            CFFileDescriptorInvalidate(mDescriptor);
-            CFRelease(mDescriptor);
-        }
-        if (mSource)
-            CFRelease(mSource);
-    }
-
-    bool Valid() const { return mSource != nullptr; }
-    int Fd() const { return CFFileDescriptorGetNativeDescriptor(mDescriptor); }
-    // Callbacks fire once; this asks for the next one.
-    void Watch() { CFFileDescriptorEnableCallBacks(mDescriptor, kCFFileDescriptorReadCallBack); }
-
-private:
-    CFFileDescriptorRef mDescriptor = nullptr;
-    CFRunLoopSourceRef mSource = nullptr;
-};
 
 class Receiver;
 
@@ -118,7 +82,8 @@ public:
         ::pthread_sigmask(SIG_BLOCK, &signals, &mPrevious);
         int fd = ::signalfd(-1, &signals, SFD_NONBLOCK | SFD_CLOEXEC);
         if (fd >= 0)
-            mWatch = std::make_unique<WatchedDescriptor>(fd, Arrived, this);
+            mWatch = std::make_unique<WatchedDescriptor>(fd, WatchedDescriptor::Closing::kClosesDescriptor, Arrived,
+                                                         this);
     }
     QuitSignal(const QuitSignal&) = delete;
     QuitSignal& operator=(const QuitSignal&) = delete;
@@ -184,7 +149,8 @@ public:
             ::bind(listener.Get(), reinterpret_cast<const sockaddr*>(&address.address), address.length) != 0 ||
             ::listen(listener.Get(), SOMAXCONN) != 0)
             return false;
-        mListener = std::make_unique<WatchedDescriptor>(listener.Take(), Accept, this);
+        mListener = std::make_unique<WatchedDescriptor>(listener.Take(), WatchedDescriptor::Closing::kClosesDescriptor,
+                                                        Accept, this);
         if (!mListener->Valid())
             return false;
         mQuitSignal = std::make_unique<QuitSignal>();
@@ -215,7 +181,8 @@ private:
         if (!TrustedPeer(inFd.Get(), std::nullopt, &peer))
             return;
         auto* connection = new Connection{this, peer, nullptr};
-        connection->watch = std::make_unique<WatchedDescriptor>(inFd.Take(), Read, connection);
+        connection->watch = std::make_unique<WatchedDescriptor>(
+            inFd.Take(), WatchedDescriptor::Closing::kClosesDescriptor, Read, connection);
         std::lock_guard guard(mLock);
         mConnections.insert(connection);
     }

@@ -98,35 +98,22 @@ SessionBus::SessionBus(OwnedBus inBus, Listener inListener) : mBus(std::move(inB
 
 SessionBus::~SessionBus()
 {
-    if (mDescriptor != nullptr) {
-        CFFileDescriptorInvalidate(mDescriptor);
-        CFRelease(mDescriptor);
-    }
-    if (mDescriptorSource != nullptr)
-        CFRelease(mDescriptorSource);
-    if (mPending != nullptr) {
-        CFRunLoopSourceInvalidate(mPending);
-        CFRelease(mPending);
-    }
+    if (mPending)
+        CFRunLoopSourceInvalidate(mPending.Get());
 }
 
 bool SessionBus::Watch()
 {
     // The connection owns its descriptor; the run loop only watches it.
-    CFFileDescriptorContext descriptorContext{0, this, nullptr, nullptr, nullptr};
-    mDescriptor = CFFileDescriptorCreate(nullptr, sd_bus_get_fd(mBus.get()), false, Readable, &descriptorContext);
-    if (mDescriptor == nullptr)
-        return false;
-    mDescriptorSource = CFFileDescriptorCreateRunLoopSource(nullptr, mDescriptor, 0);
+    mWatch = std::make_unique<WatchedDescriptor>(sd_bus_get_fd(mBus.get()),
+                                                 WatchedDescriptor::Closing::kLeavesDescriptor, Readable, this);
     CFRunLoopSourceContext pendingContext{};
     pendingContext.info = this;
     pendingContext.perform = Perform;
-    mPending = CFRunLoopSourceCreate(nullptr, 0, &pendingContext);
-    if (mDescriptorSource == nullptr || mPending == nullptr)
+    mPending.Reset(CFRunLoopSourceCreate(nullptr, 0, &pendingContext));
+    if (!mWatch->Valid() || !mPending)
         return false;
-    CFRunLoopAddSource(CFRunLoopGetMain(), mDescriptorSource, kCFRunLoopCommonModes);
-    CFRunLoopAddSource(CFRunLoopGetMain(), mPending, kCFRunLoopCommonModes);
-    CFFileDescriptorEnableCallBacks(mDescriptor, kCFFileDescriptorReadCallBack);
+    CFRunLoopAddSource(CFRunLoopGetMain(), mPending.Get(), kCFRunLoopCommonModes);
     return true;
 }
 
@@ -160,7 +147,7 @@ void SessionBus::Close(std::uint32_t inID)
 
 void SessionBus::ServiceSoon()
 {
-    CFRunLoopSourceSignal(mPending);
+    CFRunLoopSourceSignal(mPending.Get());
     CFRunLoopWakeUp(CFRunLoopGetMain());
 }
 
@@ -172,7 +159,7 @@ void SessionBus::Service()
     if (result < 0)
         mListener.lost();  // not watched again: a dead connection would stay readable for ever
     else
-        CFFileDescriptorEnableCallBacks(mDescriptor, kCFFileDescriptorReadCallBack);
+        mWatch->Watch();
     mListener.serviced();
 }
 

@@ -3,10 +3,13 @@
 // on the main thread between other events.
 #pragma once
 
+#include "Events/WatchedDescriptor.h"
+
 #include <MacTypes.h>
 
 #include <CoreFoundation/CFFileDescriptor.h>
 #include <CoreFoundation/CFRunLoop.h>
+#include <PortSupport/Owned.h>
 
 #include <systemd/sd-bus.h>
 
@@ -76,9 +79,9 @@ private:
     OwnedBus mBus;
     OwnedSlot mMatch;
     Listener mListener;
-    CFFileDescriptorRef mDescriptor = nullptr;
-    CFRunLoopSourceRef mDescriptorSource = nullptr;
-    CFRunLoopSourceRef mPending = nullptr;
+    // After the bus, so that the watch on its descriptor ends before the bus closes it.
+    std::unique_ptr<WatchedDescriptor> mWatch;
+    port::Owned<CFRunLoopSourceRef> mPending;
 };
 
 }  // namespace carbon::nm

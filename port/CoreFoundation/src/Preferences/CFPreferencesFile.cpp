@@ -271,20 +271,14 @@ FolderLock::FolderLock(const std::string& inFilePath)
     std::string folder = FolderOf(inFilePath);
     if (!MakeFolders(folder))
         return;
-    mFolder = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (mFolder < 0)
+    mFolder.Reset(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!mFolder)
         return;
     int result;
     do
-        result = flock(mFolder, LOCK_EX);
+        result = flock(mFolder.Get(), LOCK_EX);
     while (result != 0 && errno == EINTR);
     mLocked = result == 0;
-}
-
-FolderLock::~FolderLock()
-{
-    if (mFolder >= 0)
-        close(mFolder);  // closing drops the lock
 }
 
 }  // namespace cf::prefs

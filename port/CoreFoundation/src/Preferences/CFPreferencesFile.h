@@ -4,6 +4,8 @@
 
 #include "PropertyList/CFPropertyListSupport.h"
 
+#include <PortSupport/UniqueDescriptor.h>
+
 #include <sys/stat.h>
 
 #include <string>
@@ -56,12 +58,11 @@ public:
     explicit FolderLock(const std::string& inFilePath);
     FolderLock(const FolderLock&) = delete;
     FolderLock& operator=(const FolderLock&) = delete;
-    ~FolderLock();
 
     bool Locked() const { return mLocked; }
 
 private:
-    int mFolder = -1;
+    port::UniqueDescriptor mFolder;  // closing it drops the lock
     bool mLocked = false;
 };
 
