@@ -11,6 +11,7 @@
 #include <Carbon/LaunchServices.h>
 #include <Carbon/MacErrors.h>
 #include <CoreFoundation/CFPreferences.h>
+#include <PortSupport/Owned.h>
 
 #include <cstdio>
 #include <cstring>
@@ -84,17 +85,16 @@ int main(int argc, char** argv)
         std::fputs(kUsage, help ? stdout : stderr);
         return help ? 0 : 2;
     }
-    std::unique_ptr<const void, decltype(&CFRelease)> value(
-        CFPreferencesCopyValue(CFSTR("AutoLaunchedApplicationDictionary"), CFSTR("loginwindow"),
-                               kCFPreferencesCurrentUser, kCFPreferencesAnyHost),
-        &CFRelease);
-    if (value == nullptr)
+    port::Owned<CFPropertyListRef> value(CFPreferencesCopyValue(CFSTR("AutoLaunchedApplicationDictionary"),
+                                                                CFSTR("loginwindow"), kCFPreferencesCurrentUser,
+                                                                kCFPreferencesAnyHost));
+    if (!value)
         return 0;
-    if (CFGetTypeID(value.get()) != CFArrayGetTypeID()) {
+    if (CFGetTypeID(value.Get()) != CFArrayGetTypeID()) {
         std::fputs("vemora-login-launcher: the login items are not a list; nothing was opened\n", stderr);
         return 1;
     }
-    auto items = static_cast<CFArrayRef>(value.get());
+    auto items = static_cast<CFArrayRef>(value.Get());
     bool allOpened = true;
     for (CFIndex i = 0; i < CFArrayGetCount(items); ++i) {
         // Entries of other programs' making without a path are none of ours to judge.

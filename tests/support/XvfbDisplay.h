@@ -4,6 +4,8 @@
 
 #include "XvfbServer.h"
 
+#include <PortSupport/UniqueHandle.h>
+
 #include <xcb/xcb.h>
 
 #include <cstdlib>
@@ -13,11 +15,7 @@
 namespace spindeck::test {
 
 template <class T>
-struct XReplyDeleter {
-    void operator()(T* inReply) const { std::free(inReply); }
-};
-template <class T>
-using XReply = std::unique_ptr<T, XReplyDeleter<T>>;
+using XReply = port::UniqueMemory<T>;
 
 class XvfbDisplay : public XvfbServer {
 public:

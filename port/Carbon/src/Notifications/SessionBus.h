@@ -10,6 +10,7 @@
 #include <CoreFoundation/CFFileDescriptor.h>
 #include <CoreFoundation/CFRunLoop.h>
 #include <PortSupport/Owned.h>
+#include <PortSupport/UniqueHandle.h>
 
 #include <systemd/sd-bus.h>
 
@@ -19,18 +20,9 @@
 
 namespace carbon::nm {
 
-struct BusUnref {
-    void operator()(sd_bus* inBus) const { sd_bus_flush_close_unref(inBus); }
-};
-struct SlotUnref {
-    void operator()(sd_bus_slot* inSlot) const { sd_bus_slot_unref(inSlot); }
-};
-struct MessageUnref {
-    void operator()(sd_bus_message* inMessage) const { sd_bus_message_unref(inMessage); }
-};
-using OwnedBus = std::unique_ptr<sd_bus, BusUnref>;
-using OwnedSlot = std::unique_ptr<sd_bus_slot, SlotUnref>;
-using OwnedMessage = std::unique_ptr<sd_bus_message, MessageUnref>;
+using OwnedBus = port::UniqueHandle<sd_bus, sd_bus_flush_close_unref>;
+using OwnedSlot = port::UniqueHandle<sd_bus_slot, sd_bus_slot_unref>;
+using OwnedMessage = port::UniqueHandle<sd_bus_message, sd_bus_message_unref>;
 
 // What the notification server is asked to show.
 struct Notice {

@@ -5,6 +5,7 @@
 
 #include <Carbon/MacErrors.h>
 #include <Carbon/UnicodeUtilities.h>
+#include <PortSupport/UniqueHandle.h>
 
 #include <unicode/ucol.h>
 
@@ -21,10 +22,7 @@ constexpr UCCollateOptions kKnownOptions = kUCCollateComposeInsensitiveMask | kU
                                            kUCCollatePunctuationSignificantMask | kUCCollateDigitsOverrideMask |
                                            kUCCollateDigitsAsNumberMask | kUCCollateTypeMask;
 
-struct CollatorClose {
-    void operator()(UCollator* inCollator) const { ucol_close(inCollator); }
-};
-using OwnedCollator = std::unique_ptr<UCollator, CollatorClose>;
+using OwnedCollator = port::UniqueHandle<UCollator, ucol_close>;
 
 // The options that decide the collator, as an index into the cache.
 std::size_t CollatorIndex(UCCollateOptions inOptions)

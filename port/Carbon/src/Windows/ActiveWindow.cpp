@@ -2,6 +2,7 @@
 #include "ActiveWindow.h"
 
 #include <MacTypes.h>
+#include <PortSupport/UniqueHandle.h>
 
 #include <xcb/xcb.h>
 
@@ -13,16 +14,9 @@ namespace carbon {
 
 namespace {
 
-struct FreeReply {
-    void operator()(void* inReply) const { std::free(inReply); }
-};
 template <class T>
-using Reply = std::unique_ptr<T, FreeReply>;
-
-struct Disconnect {
-    void operator()(xcb_connection_t* inConnection) const { xcb_disconnect(inConnection); }
-};
-using Connection = std::unique_ptr<xcb_connection_t, Disconnect>;
+using Reply = port::UniqueMemory<T>;
+using Connection = port::UniqueHandle<xcb_connection_t, xcb_disconnect>;
 
 xcb_atom_t ExistingAtom(xcb_connection_t* inConnection, const char* inName)
 {

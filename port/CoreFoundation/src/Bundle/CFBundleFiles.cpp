@@ -3,6 +3,7 @@
 
 #include <CoreFoundation/CFPropertyList.h>
 #include <CoreFoundation/CFRuntime.h>
+#include <PortSupport/UniqueHandle.h>
 
 #include <algorithm>
 #include <climits>
@@ -55,10 +56,7 @@ bool IsFolder(const std::string& inPath)
 
 std::optional<std::string> Resolved(const std::string& inPath)
 {
-    struct Freer {
-        void operator()(char* inText) const { std::free(inText); }
-    };
-    std::unique_ptr<char, Freer> resolved(::realpath(inPath.c_str(), nullptr));
+    port::UniqueMemory<char> resolved(::realpath(inPath.c_str(), nullptr));
     if (!resolved)
         return std::nullopt;
     return std::string(resolved.get());
@@ -67,10 +65,7 @@ std::optional<std::string> Resolved(const std::string& inPath)
 std::vector<std::string> FolderEntries(const std::string& inPath)
 {
     std::vector<std::string> names;
-    struct Closer {
-        void operator()(DIR* inFolder) const { ::closedir(inFolder); }
-    };
-    std::unique_ptr<DIR, Closer> folder(::opendir(inPath.c_str()));
+    port::UniqueHandle<DIR, closedir> folder(::opendir(inPath.c_str()));
     if (!folder)
         return names;
     while (const dirent* entry = ::readdir(folder.get())) {

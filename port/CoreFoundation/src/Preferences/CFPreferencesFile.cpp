@@ -5,6 +5,7 @@
 #include <CoreFoundation/CFDictionary.h>
 #include <CoreFoundation/CFRuntime.h>
 #include <PortSupport/UniqueDescriptor.h>
+#include <PortSupport/UniqueHandle.h>
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -253,10 +254,7 @@ void RemoveAbandonedTemporaries(const std::string& inPath)
 {
     std::string folder = FolderOf(inPath);
     std::string prefix = "." + LeafOf(inPath) + ".";
-    struct Closer {
-        void operator()(DIR* inListing) const { closedir(inListing); }
-    };
-    std::unique_ptr<DIR, Closer> listing(opendir(folder.c_str()));
+    port::UniqueHandle<DIR, closedir> listing(opendir(folder.c_str()));
     if (!listing)
         return;
     while (dirent* entry = readdir(listing.get())) {

@@ -6,6 +6,7 @@
 #include <CoreFoundation/CFDate.h>
 #include <CoreFoundation/CFNumber.h>
 #include <CoreFoundation/CFString.h>
+#include <PortSupport/UniqueHandle.h>
 
 #include <cmath>
 #include <cstdint>
@@ -151,12 +152,12 @@ private:
         std::vector<OwnedValue> keys, values;
         plist_dict_iter iterator = nullptr;
         plist_dict_new_iter(inNode, &iterator);
-        std::unique_ptr<void, decltype(&std::free)> iteratorOwner(iterator, &std::free);
+        port::UniqueMemory<void> iteratorOwner(iterator);
         for (;;) {
             char* key = nullptr;
             plist_t value = nullptr;
             plist_dict_next_item(inNode, iterator, &key, &value);
-            std::unique_ptr<char, decltype(&std::free)> keyOwner(key, &std::free);
+            port::UniqueMemory<char> keyOwner(key);
             if (value == nullptr)
                 break;
             keys.push_back(Key(key ? key : ""));

@@ -4,6 +4,7 @@
 
 #include "CFPropertyListSupport.h"
 
+#include <PortSupport/UniqueHandle.h>
 #include <plist/plist.h>
 
 #include <memory>
@@ -12,10 +13,7 @@
 
 namespace cf::plist {
 
-struct NodeDeleter {
-    void operator()(void* inNode) const { plist_free(inNode); }
-};
-using Node = std::unique_ptr<void, NodeDeleter>;
+using Node = port::UniqueHandle<void, plist_free>;
 
 // Parses the XML or the binary form; nullptr and a reason when the bytes are not one.
 Node ParseNode(std::span<const UInt8> inBytes, CFPropertyListFormat inFormat, std::string& outError);

@@ -6,6 +6,7 @@
 #include "CFStringLocale.h"
 
 #include <PortSupport/UnicodeUnits.h>
+#include <PortSupport/UniqueHandle.h>
 
 #include <unicode/uchar.h>
 #include <unicode/ucol.h>
@@ -103,9 +104,7 @@ int CompareFolded(const cf::FoldedText& inFirst, const cf::FoldedText& inSecond,
     return (i < a.size()) - (j < b.size());
 }
 
-struct CollatorCloser {
-    void operator()(UCollator* inCollator) const { ucol_close(inCollator); }
-};
+using OwnedCollator = port::UniqueHandle<UCollator, ucol_close>;
 
 // Opening a collator takes far longer than a comparison, so each thread keeps one per locale,
 // with the attributes of the flags it last compared under.
@@ -128,7 +127,7 @@ private:
 
     struct Entry {
         std::string locale;
-        std::unique_ptr<UCollator, CollatorCloser> collator;
+        OwnedCollator collator;
         CFStringCompareFlags flags = kUnset;
     };
 
@@ -138,7 +137,7 @@ private:
             if (entry.locale == inLocale)
                 return &entry;
         UErrorCode status = U_ZERO_ERROR;
-        std::unique_ptr<UCollator, CollatorCloser> collator{ucol_open(inLocale.c_str(), &status)};
+        OwnedCollator collator{ucol_open(inLocale.c_str(), &status)};
         if (U_FAILURE(status))
             return nullptr;
         mEntries.push_back(Entry{inLocale, std::move(collator)});

@@ -1,6 +1,7 @@
 #include "StringEncoding.h"
 
 #include <PortSupport/UnicodeUnits.h>
+#include <PortSupport/UniqueHandle.h>
 
 #include <unicode/ucnv.h>
 #include <unicode/ustring.h>
@@ -30,10 +31,7 @@ const char* ConverterName(CFStringEncoding inEncoding)
     }
 }
 
-struct ConverterCloser {
-    void operator()(UConverter* inConverter) const { ucnv_close(inConverter); }
-};
-using ConverterPtr = std::unique_ptr<UConverter, ConverterCloser>;
+using ConverterPtr = port::UniqueHandle<UConverter, ucnv_close>;
 
 // Opening a converter costs far more than a short conversion, so each thread keeps one
 // per encoding, set to stop at the first character it cannot convert.

@@ -4,6 +4,7 @@
 #include "XvfbServer.h"
 
 #include <Carbon/Notification.h>
+#include <PortSupport/UniqueHandle.h>
 
 #include <gtest/gtest.h>
 
@@ -107,7 +108,7 @@ TEST_F(Notes, ARealNotificationDaemonShowsAndClosesTheNote)
     ChildProcess dunst("/usr/bin/dunst", {});
     sd_bus* bus = nullptr;
     ASSERT_GE(sd_bus_open_user(&bus), 0);
-    std::unique_ptr<sd_bus, decltype(&sd_bus_flush_close_unref)> closer(bus, sd_bus_flush_close_unref);
+    port::UniqueHandle<sd_bus, sd_bus_flush_close_unref> closer(bus);
     const char* name = "org.freedesktop.Notifications";
     ASSERT_TRUE(XvfbServer::Eventually([&] { return sd_bus_get_name_creds(bus, name, 0, nullptr) >= 0; }));
 

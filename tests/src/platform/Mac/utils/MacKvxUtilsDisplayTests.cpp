@@ -6,13 +6,15 @@
 
 #include <gtest/gtest.h>
 
+#include <PortSupport/UniqueHandle.h>
+
 #include <tuple>
 
 namespace {
 
 using namespace spindeck::test;
 
-using OwnedWindow = std::unique_ptr<OpaqueWindowPtr, decltype(&DisposeWindow)>;
+using OwnedWindow = port::UniqueHandle<OpaqueWindowPtr, DisposeWindow>;
 
 constexpr Rect kBounds{100, 50, 160, 250};  // top, left, bottom, right
 
@@ -22,8 +24,7 @@ TEST(SystemItems, OnADisplayTheOverlayIsAnOverrideRedirectWindowAtItsBounds)
     if (std::string why = server.Unavailable(); !why.empty())
         GTEST_SKIP() << why;
     DisplayVariable display(server.Name());
-    OwnedWindow window(kvx::CreateOverlayWindow(kWindowNoShadowAttribute, &kBounds, kOverlayWindowClass),
-                       DisposeWindow);
+    OwnedWindow window(kvx::CreateOverlayWindow(kWindowNoShadowAttribute, &kBounds, kOverlayWindowClass));
     std::vector<xcb_window_t> windows = server.TopLevelWindows();
     ASSERT_EQ(windows.size(), 1u);
 

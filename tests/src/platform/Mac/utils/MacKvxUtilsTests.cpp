@@ -4,13 +4,15 @@
 
 #include <gtest/gtest.h>
 
+#include <PortSupport/UniqueHandle.h>
+
 #include <Carbon/Folders.h>
 
 namespace {
 
 using namespace spindeck::test;
 
-using OwnedWindow = std::unique_ptr<OpaqueWindowPtr, decltype(&DisposeWindow)>;
+using OwnedWindow = port::UniqueHandle<OpaqueWindowPtr, DisposeWindow>;
 
 constexpr Rect kBounds{100, 50, 160, 250};  // top, left, bottom, right
 
@@ -32,8 +34,7 @@ TEST(SystemItems, TheUniversalAccessPaneIsNamedInTheSystemPreferencePanesFolder)
 TEST(SystemItems, WithoutADisplayAnOverlayWindowIsARecordOfItsClass)
 {
     DisplayVariable noDisplay("");
-    OwnedWindow window(kvx::CreateOverlayWindow(kWindowIgnoreClicksAttribute, &kBounds, kOverlayWindowClass),
-                       DisposeWindow);
+    OwnedWindow window(kvx::CreateOverlayWindow(kWindowIgnoreClicksAttribute, &kBounds, kOverlayWindowClass));
     WindowClass windowClass = 0;
     EXPECT_EQ(GetWindowClass(window.get(), &windowClass), noErr);
     EXPECT_EQ(windowClass, kOverlayWindowClass);
