@@ -242,6 +242,14 @@ TEST(FilesNames, LengthsCharactersAndReservedNames)
     FSRef again;
     ASSERT_EQ(FSMakeFSRefUnicode(&parent, name.length, name.unicode, kTextEncodingUnicodeDefault, &again), noErr);
     EXPECT_EQ(FSCompareFSRefs(&again, &odd), noErr);
+    // An encoded surrogate and an overlong form are escaped byte by byte; a valid character
+    // beside them is read as itself.
+    WriteFile(folder.Path("\xED\xA0\x80\xC0\xAF\xF0\x9F\x98\x80"), "mixed");
+    FSRef mixed = RefOf(folder.Path("\xED\xA0\x80\xC0\xAF\xF0\x9F\x98\x80"));
+    ASSERT_EQ(FSGetCatalogInfo(&mixed, kFSCatInfoNone, nullptr, &name, nullptr, nullptr), noErr);
+    EXPECT_EQ(NameOf(name), (std::u16string{0xDCED, 0xDCA0, 0xDC80, 0xDCC0, 0xDCAF, 0xD83D, 0xDE00}));
+    ASSERT_EQ(FSMakeFSRefUnicode(&parent, name.length, name.unicode, kTextEncodingUnicodeDefault, &again), noErr);
+    EXPECT_EQ(FSCompareFSRefs(&again, &mixed), noErr);
     std::u16string absent = u"absent";
     EXPECT_EQ(FSMakeFSRefUnicode(&parent, absent.size(), Chars(absent), 0, &again), fnfErr);
     EXPECT_EQ(FSMakeFSRefUnicode(&odd, absent.size(), Chars(absent), 0, &again), errFSNotAFolder);
